@@ -1,0 +1,54 @@
+#!/usr/bin/env bash
+# Installs what the build needs on a fresh Debian machine and fetches the 32-bit JVM.
+# Safe to run again: it only installs what is missing.
+# Usage: scripts/setup.sh [--no-i386]
+set -euo pipefail
+cd "$(dirname "$0")/.."
+want_i386=1
+[ "${1:-}" = "--no-i386" ] && want_i386=0
+
+SUDO=""
+[ "$(id -u)" -eq 0 ] || SUDO="sudo"
+
+packages=(cmake make g++ openjdk-17-jdk-headless libgtest-dev)
+[ $want_i386 -eq 1 ] && packages+=(g++-multilib lib32z1)
+
+missing=()
+for p in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+done
+
+apt_updated=0
+# A mirror caught mid-sync fails one index; the others still serve, so carry on.
+apt_update() { $SUDO apt-get update -qq || echo "setup: apt-get update reported errors; going on" >&2; apt_updated=1; }
+apt_install() {
+  [ $apt_updated -eq 1 ] || apt_update
+  DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -qq --no-install-recommends "$@"
+}
+[ ${#missing[@]} -eq 0 ] || apt_install "${missing[@]}"
+
+[ $want_i386 -eq 1 ] || exit 0
+
+# Some machines cannot execute 32-bit programs at all; those run them under qemu-i386.
+probe_dir=$(mktemp -d)
+trap 'rm -rf "$probe_dir"' EXIT
+echo 'int main(void){return 0;}' > "$probe_dir/p.c"
+gcc -m32 "$probe_dir/p.c" -o "$probe_dir/p32"
+if ! "$probe_dir/p32" 2>/dev/null; then
+  command -v qemu-i386 >/dev/null || apt_install qemu-user
+fi
+
+# A 32-bit JVM for the in-process tests: unpacked, not installed, since its
+# dependencies do not install through apt beside a 64-bit system.
+jre_dir=build/cache/jre-i386
+if [ ! -f "$jre_dir/.complete" ]; then
+  rm -rf "$jre_dir" && mkdir -p "$jre_dir/debs"
+  if ! dpkg --print-foreign-architectures | grep -qx i386; then
+    $SUDO dpkg --add-architecture i386
+    apt_update
+  fi
+  apt-cache show openjdk-17-jre-headless:i386 >/dev/null 2>&1 || apt_update
+  (cd "$jre_dir/debs" && apt-get download -qq openjdk-17-jre-headless:i386)
+  for deb in "$jre_dir"/debs/*.deb; do dpkg -x "$deb" "$jre_dir/root"; done
+  touch "$jre_dir/.complete"
+fi
