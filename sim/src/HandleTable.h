@@ -1,0 +1,49 @@
+// Handles of one kind: addresses of objects the stand-in owns, checked against the live set.
+#pragma once
+
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+namespace qsim {
+
+template <typename Object>
+class HandleTable {
+ public:
+  void* Add(std::unique_ptr<Object> object) {
+    void* handle = object.get();
+    live_.emplace(handle, std::move(object));
+    return handle;
+  }
+
+  // Null for a null, unknown or destroyed handle.
+  Object* Find(const void* handle) const {
+    auto found = live_.find(handle);
+    return found == live_.end() ? nullptr : found->second.get();
+  }
+
+  bool Retire(const void* handle) {
+    auto found = live_.find(handle);
+    if (found == live_.end()) {
+      return false;
+    }
+    retired_.push_back(std::move(found->second));
+    live_.erase(found);
+    return true;
+  }
+
+  void RetireAll() {
+    for (auto& entry : live_) {
+      retired_.push_back(std::move(entry.second));
+    }
+    live_.clear();
+  }
+
+ private:
+  std::unordered_map<const void*, std::unique_ptr<Object>> live_;
+  // Retired objects are kept, never freed, so that a stale handle can never
+  // come back to life as the address of a new one.
+  std::vector<std::unique_ptr<Object>> retired_;
+};
+
+}  // namespace qsim

@@ -1,0 +1,71 @@
+// The readers the stand-in can see and the handles opened on them; every SDK
+// function reaches the model through here, under one lock.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "HandleTable.h"
+#include "QuorinSim.h"
+#include "VirtualReader.h"
+
+namespace qsim {
+
+// What a device handle points to.
+struct DeviceHandle {
+  std::shared_ptr<VirtualReader> reader;
+};
+
+// What an upgrade-and-encryption handle points to; it carries no reader.
+struct UpgradeHandle {};
+
+class ReaderRegistry {
+ public:
+  static ReaderRegistry& Instance();
+
+  void Reset();
+  void SetReaders(const std::vector<QUORIN_DEVICE_INFO>& readers);
+  void SetSdkVersion(unsigned int version);
+  void SetAccessible(bool accessible);
+  unsigned int SdkVersion() const;
+  bool Accessible() const;
+
+  // Fills `list` with the readers `wanted` accepts; the records stay valid until the next listing.
+  Status List(QUORIN_DEVICE_INFO_LIST* list, const std::function<bool(const VirtualReader&)>& wanted);
+
+  Status CreateHandle(void** handle, const QUORIN_DEVICE_INFO* wanted);
+  Status CreateHandleBySerialNumber(void** handle, const char* serialNumber);
+  Status DestroyHandle(void* handle);
+  Status OpenDevice(void* handle);
+  Status CloseDevice(void* handle);
+  Status GetDeviceInfo(void* handle, QUORIN_DEVICE_INFO* info);
+
+  Status CreateUpgradeHandle(void** handle);
+  Status DestroyUpgradeHandle(void* handle);
+
+ private:
+  ReaderRegistry();
+
+  std::shared_ptr<VirtualReader> FindReader(const std::function<bool(const VirtualReader&)>& match) const;
+  Status CreateHandleOn(void** handle, const std::function<bool(const VirtualReader&)>& match);
+
+  // Runs `work` on the live device handle, or answers kInvalidHandle.
+  template <typename Work>
+  Status WithDevice(const void* handle, Work work) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    DeviceHandle* device = devices_.Find(handle);
+    return device == nullptr ? kInvalidHandle : work(*device);
+  }
+
+  mutable std::mutex mutex_;
+  std::vector<std::shared_ptr<VirtualReader>> readers_;
+  std::vector<QUORIN_DEVICE_INFO> listed_;  // records handed out by the last listing
+  HandleTable<DeviceHandle> devices_;
+  HandleTable<UpgradeHandle> upgrades_;
+  unsigned int sdkVersion_;
+  bool accessible_ = true;
+};
+
+}  // namespace qsim
