@@ -1,0 +1,221 @@
+// Internal declarations shared by the bridge's entry points: status words, Java names,
+// the field helpers, text conversion and the RAII wrappers for JNI resources.
+#pragma once
+
+#include <jni.h>
+
+#include <cstdint>
+#include <cstring>
+#include <iterator>
+#include <string>
+
+#include "QuorinCtrl.h"
+
+// ---------------------------------------------------------------------------
+// Status words the bridge answers itself, before the SDK is reached.
+// They are unsigned 32-bit words; Java sees the same bits as a negative int.
+constexpr jint kStatusOk = 0;
+constexpr jint kStatusNullHandle = static_cast<jint>(0x80020000u);
+constexpr jint kStatusPayloadUnknown = static_cast<jint>(0x80020003u);
+constexpr jint kStatusBadArgument = static_cast<jint>(0x80020004u);
+constexpr jint kStatusBufferTooSmall = static_cast<jint>(0x8002000au);
+
+// Returns `status` from the enclosing native when a required reference is null.
+#define RETURN_IF_NULL(ref, status) \
+  do {                              \
+    if ((ref) == nullptr) {         \
+      return (status);              \
+    }                               \
+  } while (0)
+
+// ---------------------------------------------------------------------------
+// JNI type signatures.
+namespace jsig {
+constexpr const char* kInt = "I";
+constexpr const char* kLong = "J";
+constexpr const char* kShort = "S";
+constexpr const char* kBoolean = "Z";
+constexpr const char* kFloat = "F";
+constexpr const char* kString = "Ljava/lang/String;";
+constexpr const char* kByteArray = "[B";
+constexpr const char* kArrayList = "Ljava/util/ArrayList;";
+constexpr const char* kNoArgConstructor = "()V";
+}  // namespace jsig
+
+// Java classes every subsystem touches.
+namespace jclassname {
+constexpr const char* kHandle = "QuorinCtrlWrapper/QuorinCtrlDefine$Handle";
+constexpr const char* kFrameInfoEx2 = "QuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_IMAGE_OUT_INFO_EX2";
+constexpr const char* kParameterException = "QuorinCtrlWrapper/ParameterException";
+constexpr const char* kAccessMode = "QuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_XML_AccessMode";
+constexpr const char* kArrayList = "java/util/ArrayList";
+constexpr const char* kString = "java/lang/String";
+constexpr const char* kInteger = "java/lang/Integer";
+constexpr const char* kClassLoader = "java/lang/ClassLoader";
+}  // namespace jclassname
+
+// Fields of the Java Handle object.
+namespace handlefield {
+constexpr const char* kSdkHandle = "hHandle";
+constexpr const char* kUpgradeHandle = "upHandle";
+constexpr const char* kPayloadSize = "PayloadSize";
+constexpr const char* kExceptionContext = "lExceptionCallParam";
+constexpr const char* kAllEventContext = "lAllEventCallParam";
+constexpr const char* kImageContext = "lImageCallParam";
+constexpr const char* kTriggerContext = "lTriggerCallParam";
+}  // namespace handlefield
+
+// ---------------------------------------------------------------------------
+// Runtime: diagnostics, method and field access, enumerations, errors.
+
+// Prints a diagnostic line to standard output; the expanded text is used as a format again.
+void QN_RunInfo(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+// Method of an object's own class (not of a class reference); null with the VM's error pending.
+jmethodID GetMethodID(JNIEnv* env, jobject obj, const char* name, const char* sig);
+
+// Reads or writes one field by name and signature; every value travels in one 64-bit word.
+unsigned long long GetFieldValue(JNIEnv* env, jobject obj, const char* name, const char* sig);
+void SetFieldValue(JNIEnv* env, jobject obj, const char* name, const char* sig, unsigned long long value);
+
+// Pointers and references travel in the value word zero-extended, at their native width.
+inline unsigned long long PointerWord(const void* pointer) {
+  return static_cast<unsigned long long>(reinterpret_cast<uintptr_t>(pointer));
+}
+inline jobject ObjectFromWord(unsigned long long word) {
+  return reinterpret_cast<jobject>(static_cast<uintptr_t>(word));
+}
+// An object field through GetFieldValue: a local reference the caller deletes.
+inline jobject GetObjectFieldValue(JNIEnv* env, jobject obj, const char* name, const char* sig) {
+  return ObjectFromWord(GetFieldValue(env, obj, name, sig));
+}
+
+// The enumeration constant whose `fieldName` equals `value`, or null.
+jobject GetEnumObject(JNIEnv* env, jclass enumClass, const char* className, const char* fieldName,
+                      const char* fieldSig, unsigned long long value);
+
+// The QUORIN_XML_AccessMode constant for an SDK access mode number.
+jobject getType(JNIEnv* env, int accessMode);
+
+// Makes a ParameterException pending; the caller returns right after.
+void throwError(JNIEnv* env, int code, std::string message);
+
+// The process-wide frame object that the image callback fills, and its maker.
+extern jobject g_frameInfoEx2;
+jobject NewFrameInfoEx2Global(JNIEnv* env);
+
+// ---------------------------------------------------------------------------
+// Text and address conversion.
+bool IsStrUTF8(const char* text, int len);
+int MultiByteToUTFchar(char* out, const char* in, unsigned int len);
+jstring cToJstringutf(JNIEnv* env, const char* text);
+unsigned int iptoint(const char* text);
+
+// A Java string from a device text: UTF-8 text keeps its well-formed prefix, anything else
+// is decoded as GBK.
+jstring DeviceTextToJava(JNIEnv* env, const char* text);
+
+// ---------------------------------------------------------------------------
+// The Java Handle object.
+
+// The SDK pointer kept, zero-extended, in a long field of a Handle (`hHandle` unless told).
+void* SdkHandleOf(JNIEnv* env, jobject handle, const char* field = handlefield::kSdkHandle);
+
+// A new Handle object whose `field` holds `sdkHandle`.
+jobject NewHandleObject(JNIEnv* env, const char* field, void* sdkHandle);
+
+
+// ---------------------------------------------------------------------------
+// RAII for JNI resources. Each releases in its destructor; the explicit escapes
+// (`release`, `leak`) are for the few places where keeping the resource is intended.
+
+template <typename T = jobject>
+class ScopedLocalRef {
+ public:
+  ScopedLocalRef(JNIEnv* env, T ref) : env_(env), ref_(ref) {}
+  ScopedLocalRef(ScopedLocalRef&& other) noexcept : env_(other.env_), ref_(other.release()) {}
+  ScopedLocalRef(const ScopedLocalRef&) = delete;
+  ScopedLocalRef& operator=(const ScopedLocalRef&) = delete;
+  ~ScopedLocalRef() { reset(); }
+
+  T get() const { return ref_; }
+  explicit operator bool() const { return ref_ != nullptr; }
+  T release() {
+    T ref = ref_;
+    ref_ = nullptr;
+    return ref;
+  }
+  void reset(T ref = nullptr) {
+    if (ref_ != nullptr) env_->DeleteLocalRef(ref_);
+    ref_ = ref;
+  }
+
+ private:
+  JNIEnv* env_;
+  T ref_;
+};
+
+// Modified-UTF-8 characters of a Java string; a null string gives a null, empty object.
+class ScopedUtfChars {
+ public:
+  ScopedUtfChars(JNIEnv* env, jstring string)
+      : env_(env), string_(string), chars_(string ? env->GetStringUTFChars(string, nullptr) : nullptr) {}
+  ScopedUtfChars(const ScopedUtfChars&) = delete;
+  ScopedUtfChars& operator=(const ScopedUtfChars&) = delete;
+  ~ScopedUtfChars() {
+    if (chars_ != nullptr) env_->ReleaseStringUTFChars(string_, chars_);
+  }
+
+  const char* c_str() const { return chars_; }
+  size_t size() const { return chars_ ? std::strlen(chars_) : 0; }
+  // Keeps the characters pinned for good; only where that is the entry point's defined behaviour.
+  const char* leak() {
+    const char* chars = chars_;
+    chars_ = nullptr;
+    return chars;
+  }
+
+ private:
+  JNIEnv* env_;
+  jstring string_;
+  const char* chars_;
+};
+
+// The elements of a Java byte array, released with the mode given where the array is taken.
+class ScopedByteArrayElements {
+ public:
+  ScopedByteArrayElements(JNIEnv* env, jbyteArray array, jint releaseMode)
+      : env_(env), array_(array), mode_(releaseMode),
+        elements_(array ? env->GetByteArrayElements(array, nullptr) : nullptr) {}
+  ScopedByteArrayElements(const ScopedByteArrayElements&) = delete;
+  ScopedByteArrayElements& operator=(const ScopedByteArrayElements&) = delete;
+  ~ScopedByteArrayElements() {
+    if (elements_ != nullptr) env_->ReleaseByteArrayElements(array_, elements_, mode_);
+  }
+
+  unsigned char* data() const { return reinterpret_cast<unsigned char*>(elements_); }
+  // Leaves the array pinned; only where that is the entry point's defined behaviour.
+  void leak() { elements_ = nullptr; }
+
+ private:
+  JNIEnv* env_;
+  jbyteArray array_;
+  jint mode_;
+  jbyte* elements_;
+};
+
+// A local reference frame around a block that makes many references.
+class ScopedLocalFrame {
+ public:
+  ScopedLocalFrame(JNIEnv* env, jint capacity) : env_(env), pushed_(env->PushLocalFrame(capacity) == 0) {}
+  ScopedLocalFrame(const ScopedLocalFrame&) = delete;
+  ScopedLocalFrame& operator=(const ScopedLocalFrame&) = delete;
+  ~ScopedLocalFrame() {
+    if (pushed_) env_->PopLocalFrame(nullptr);
+  }
+  bool ok() const { return pushed_; }
+
+ private:
+  JNIEnv* env_;
+  bool pushed_;
+};
