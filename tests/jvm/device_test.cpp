@@ -1,0 +1,198 @@
+// Enumeration, the device query and the accessibility test, through Java.
+#include <cstring>
+
+#include "QuorinSim.h"
+#include "jvm_harness.h"
+
+namespace quorin_test {
+namespace {
+
+const std::string kInfoToHandle = "(" + kDeviceInfoSig + ")" + kHandleSig;
+
+class DeviceTest : public JvmTest {
+ protected:
+  jobject Enumerate(const char* method) { return CallObject(method, "()Ljava/util/ArrayList;"); }
+  jobject Gige(jobject device) { return Object(device, "stGigEInfo", kGigESig); }
+
+  // A default reader with its serial number and user-defined name replaced by raw bytes.
+  static QUORIN_DEVICE_INFO ReaderWithTexts(const char* serial, const char* userName) {
+    QUORIN_DEVICE_INFO reader = qsim::DefaultReaders()[1];
+    std::memset(reader.stGigEInfo.chSerialNumber, 0, sizeof reader.stGigEInfo.chSerialNumber);
+    std::memset(reader.stGigEInfo.chUserDefinedName, 0, sizeof reader.stGigEInfo.chUserDefinedName);
+    std::strcpy(reader.stGigEInfo.chSerialNumber, serial);
+    std::strcpy(reader.stGigEInfo.chUserDefinedName, userName);
+    return reader;
+  }
+
+  // The record the SDK received with the last accessibility test.
+  QUORIN_DEVICE_INFO AccessibilityRecord() {
+    const auto calls = qsim::CallsTo("QUORIN_IsDeviceAccessible");
+    QUORIN_DEVICE_INFO record{};
+    EXPECT_EQ(calls.size(), 1u);
+    if (calls.size() == 1 && calls[0].record.size() == sizeof record) {
+      std::memcpy(&record, calls[0].record.data(), sizeof record);
+    }
+    return record;
+  }
+  bool IsAccessible(jobject device, jint mode) {
+    qsim::ClearCalls();
+    return CallBoolean("QUORIN_IsDeviceAccessible", ("(" + kDeviceInfoSig + "I)Z").c_str(), device, mode);
+  }
+};
+
+TEST_F(DeviceTest, EnumDevicesReportsEveryReaderWithItsRawWordsAndTexts) {
+  jobject devices = Enumerate("QUORIN_EnumDevices");
+  ASSERT_NE(devices, nullptr);
+  ASSERT_EQ(ListSize(devices), 4);
+  EXPECT_EQ(qsim::CallsTo("QUORIN_EnumDevices").at(0).numbers, std::vector<unsigned long long>{1});
+
+  jobject first = ListGet(devices, 0);
+  EXPECT_EQ(Int(first, "nMacAddrHigh"), 0x34BD);
+  EXPECT_EQ(Int(first, "nMacAddrLow"), 0x20140117);
+  EXPECT_EQ(Short(first, "nMajorVer"), 1);
+  EXPECT_EQ(Short(first, "nMinorVer"), 2);
+  EXPECT_EQ(Int(first, "nTLayerType"), 1);
+  EXPECT_TRUE(Bool(first, "bCodeReader"));
+  jobject gige = Gige(first);
+  EXPECT_EQ(Int(gige, "nCurrentIp"), -1062731500);  // 192.168.1.20, first octet most significant
+  EXPECT_EQ(static_cast<unsigned int>(Int(gige, "nCurrentSubNetMask")), 0xFFFFFF00u);
+  EXPECT_EQ(static_cast<unsigned int>(Int(gige, "nDefultGateWay")), 0xC0A80101u);
+  EXPECT_EQ(static_cast<unsigned int>(Int(gige, "nNetExport")), 0xC0A80164u);
+  EXPECT_EQ(Int(gige, "nCurUserIP"), 0);
+  EXPECT_EQ(static_cast<unsigned int>(Int(gige, "nIpCfgOption")), 0x07000000u);
+  EXPECT_EQ(static_cast<unsigned int>(Int(gige, "nIpCfgCurrent")), 0x05000000u);
+  EXPECT_EQ(String(gige, "chManufacturerName"), "Quorin Vision");
+  EXPECT_EQ(String(gige, "chModelName"), "QR-2020-2D");
+  EXPECT_EQ(String(gige, "chDeviceVersion"), "V3.2.1 build240516");
+  EXPECT_EQ(String(gige, "chManufacturerSpecificInfo"), "2D code reader, 5 MP");
+  EXPECT_EQ(String(gige, "chSerialNumber"), "QN2405C0117");
+  EXPECT_EQ(String(gige, "chUserDefinedName"), "分拣线一");  // stored as GBK
+
+  jobject last = ListGet(devices, 3);
+  EXPECT_FALSE(Bool(last, "bCodeReader"));
+  EXPECT_EQ(String(Gige(last), "chModelName"), "QR-AC-500");
+  // Every device gets a GigE object of its own.
+  EXPECT_FALSE(env_->IsSameObject(Gige(first), Gige(last)));
+}
+
+TEST_F(DeviceTest, EachEnumerationReportsWhatItsSdkFunctionFinds) {
+  EXPECT_EQ(ListSize(Enumerate("QUORIN_EnumIDDevices")), 4);
+  jobject readers = Enumerate("QUORIN_EnumCodeReader");
+  ASSERT_EQ(ListSize(readers), 3);
+  for (int i = 0; i < 3; ++i) EXPECT_TRUE(Bool(ListGet(readers, i), "bCodeReader"));
+
+  qsim::SetReaders({});
+  for (const char* method : {"QUORIN_EnumDevices", "QUORIN_EnumIDDevices", "QUORIN_EnumCodeReader"}) {
+    jobject none = Enumerate(method);
+    ASSERT_NE(none, nullptr) << method;
+    EXPECT_EQ(ListSize(none), 0) << method;
+  }
+}
+
+TEST_F(DeviceTest, FailedEnumerationGivesNullAndOneLineWithTheStatus) {
+  for (const char* method : {"QUORIN_EnumDevices", "QUORIN_EnumIDDevices", "QUORIN_EnumCodeReader"}) {
+    qsim::ScriptStatus(method, qsim::kResource);
+    testing::internal::CaptureStdout();
+    jobject result = Enumerate(method);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              std::string("JNI test ") + method + " error nRet[0x8006000a]\r\n");
+    EXPECT_EQ(result, nullptr) << method;
+  }
+}
+
+TEST_F(DeviceTest, OnlyEnumDevicesDecodesAGbkSerialNumber) {
+  qsim::SetReaders({ReaderWithTexts("\xD6\xD0\xCE\xC4-07", "Dock-7")});  // 中文-07 in GBK
+  EXPECT_EQ(String(Gige(ListGet(Enumerate("QUORIN_EnumDevices"), 0)), "chSerialNumber"), "中文-07");
+  // The others hand the bytes to the VM as they stand, which does not decode GBK.
+  for (const char* method : {"QUORIN_EnumIDDevices", "QUORIN_EnumCodeReader"}) {
+    const std::string serial = String(Gige(ListGet(Enumerate(method), 0)), "chSerialNumber");
+    EXPECT_NE(serial, "中文-07") << method;
+    EXPECT_EQ(serial.substr(serial.size() - 3), "-07") << method;
+  }
+  // An ASCII serial number arrives as it is everywhere; UTF-8 names stay UTF-8.
+  qsim::SetReaders({ReaderWithTexts("QN-ASCII-1", "\xE4\xB8\xAD\xE6\x96\x87")});
+  for (const char* method : {"QUORIN_EnumDevices", "QUORIN_EnumIDDevices", "QUORIN_EnumCodeReader"}) {
+    jobject gige = Gige(ListGet(Enumerate(method), 0));
+    EXPECT_EQ(String(gige, "chSerialNumber"), "QN-ASCII-1") << method;
+    EXPECT_EQ(String(gige, "chUserDefinedName"), "中文") << method;
+  }
+}
+
+TEST_F(DeviceTest, OddRecordsConvertThroughTheGigEArea) {
+  QUORIN_DEVICE_INFO reader = qsim::DefaultReaders()[2];
+  reader.nTLayerType = 4;     // not GigE: still read as GigE information
+  reader.bCodeReader = 2;     // any non-zero byte is true
+  reader.nMajorVer = 0xFFFF;  // same bits in a Java short
+  qsim::SetReaders({reader});
+  jobject device = ListGet(Enumerate("QUORIN_EnumIDDevices"), 0);
+  EXPECT_EQ(Int(device, "nTLayerType"), 4);
+  EXPECT_TRUE(Bool(device, "bCodeReader"));
+  EXPECT_EQ(Short(device, "nMajorVer"), -1);
+  EXPECT_EQ(String(Gige(device), "chSerialNumber"), "QN2311W0008");
+  EXPECT_EQ(static_cast<unsigned int>(Int(Gige(device), "nCurUserIP")), 0xC0A8024Du);
+}
+
+TEST_F(DeviceTest, GetDeviceInfoFillsTheCallersObjectsOnlyOnSuccess) {
+  const std::string sig = "(" + kHandleSig + kDeviceInfoSig + ")I";
+  jobject info = NewDefine("QUORIN_DEVICE_INFO");
+  jobject gige = Gige(info);
+  EXPECT_EQ(CallInt("QUORIN_GetDeviceInfo", sig.c_str(), nullptr, nullptr), static_cast<jint>(0x80020000u));
+
+  qsim::SetReaders({ReaderWithTexts("\xD6\xD0\xCE\xC4-07", "\xB7\xD6\xBC\xF0")});
+  // With no serial number to go by, the stand-in finds the reader by its MAC address.
+  jobject device = ListGet(Enumerate("QUORIN_EnumIDDevices"), 0);
+  SetString(Gige(device), "chSerialNumber", "");
+  jobject handle = CallObject("QUORIN_CreateHandle", kInfoToHandle.c_str(), device);
+  ASSERT_NE(handle, nullptr);
+  EXPECT_EQ(CallInt("QUORIN_GetDeviceInfo", sig.c_str(), handle, nullptr), static_cast<jint>(0x80020004u));
+
+  qsim::ScriptStatus("QUORIN_GetDeviceInfo", qsim::kNotOpen);
+  EXPECT_EQ(CallInt("QUORIN_GetDeviceInfo", sig.c_str(), handle, info), static_cast<jint>(qsim::kNotOpen));
+  EXPECT_EQ(Int(info, "nMacAddrLow"), 0);
+  EXPECT_EQ(String(gige, "chModelName"), "");
+
+  qsim::ScriptStatus("QUORIN_GetDeviceInfo", 0);
+  EXPECT_EQ(CallInt("QUORIN_GetDeviceInfo", sig.c_str(), handle, info), 0);
+  EXPECT_EQ(Int(info, "nMacAddrLow"), 0x20140042);
+  EXPECT_TRUE(env_->IsSameObject(Gige(info), gige));  // the caller's GigE object, not a new one
+  EXPECT_EQ(String(gige, "chModelName"), "QR-4040-MC");
+  EXPECT_EQ(String(gige, "chUserDefinedName"), "分拣");
+  EXPECT_NE(String(gige, "chSerialNumber"), "中文-07");  // not decoded here
+}
+
+TEST_F(DeviceTest, AccessibilityTestCopiesCountedTexts) {
+  jobject device = ListGet(Enumerate("QUORIN_EnumDevices"), 1);
+  EXPECT_FALSE(IsAccessible(nullptr, QUORIN_ACCESS_Exclusive));
+  EXPECT_TRUE(qsim::CallsTo("QUORIN_IsDeviceAccessible").empty());
+
+  EXPECT_TRUE(IsAccessible(device, QUORIN_ACCESS_Monitor));
+  EXPECT_EQ(qsim::CallsTo("QUORIN_IsDeviceAccessible").at(0).numbers, std::vector<unsigned long long>{7});
+  QUORIN_DEVICE_INFO sent = AccessibilityRecord();
+  EXPECT_EQ(0, std::memcmp(&sent, &qsim::DefaultReaders()[1], sizeof sent));  // ASCII texts round-trip
+
+  qsim::SetAccessible(false);
+  EXPECT_FALSE(IsAccessible(device, QUORIN_ACCESS_Exclusive));
+  qsim::SetAccessible(true);
+
+  jobject gige = Gige(device);
+  SetString(gige, "chSerialNumber", "QN0123456789ABCD");  // 16 characters: the whole array
+  SetString(gige, "chModelName", "分拣线一号");           // 5 characters, 15 bytes: 5 bytes go
+  SetString(gige, "chManufacturerName", "中文");          // counted in UTF-8 bytes: all 6 go
+  IsAccessible(device, QUORIN_ACCESS_Exclusive);
+  sent = AccessibilityRecord();
+  EXPECT_EQ(std::string(sent.stGigEInfo.chSerialNumber, 16), "QN0123456789ABCD");
+  EXPECT_EQ(std::string(sent.stGigEInfo.chUserDefinedName), "Tunnel-4ch");
+  EXPECT_EQ(std::string(sent.stGigEInfo.chModelName, 6), std::string("\xE5\x88\x86\xE6\x8B\x00", 6));
+  EXPECT_EQ(std::string(sent.stGigEInfo.chManufacturerName), "中文");
+}
+
+using DeviceDeathTest = DeviceTest;
+
+TEST_F(DeviceDeathTest, AccessibilityTestWithATextLongerThanItsArrayEndsTheProcess) {
+  jobject device = ListGet(Enumerate("QUORIN_EnumDevices"), 1);
+  SetString(Gige(device), "chSerialNumber", "QN0123456789ABCDE");  // 17 characters
+  EXPECT_DEATH(IsAccessible(device, QUORIN_ACCESS_Exclusive), "does not fit its array: chSerialNumber");
+}
+
+}  // namespace
+}  // namespace quorin_test

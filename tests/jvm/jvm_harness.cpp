@@ -1,0 +1,188 @@
+#include "jvm_harness.h"
+
+#include <dlfcn.h>
+
+#include <cstdarg>
+#include <cstdlib>
+#include <vector>
+
+#include "QuorinSim.h"
+
+namespace quorin_test {
+namespace {
+
+JavaVM* g_vm = nullptr;
+JNIEnv* g_env = nullptr;
+
+using CreateJavaVM = jint (*)(JavaVM**, void**, void*);
+
+}  // namespace
+
+void JvmEnvironment::SetUp() {
+  if (g_vm != nullptr) return;
+  void* jvm = dlopen(QUORIN_JVM_LIBRARY, RTLD_NOW | RTLD_GLOBAL);
+  ASSERT_NE(jvm, nullptr) << dlerror();
+  auto create = reinterpret_cast<CreateJavaVM>(dlsym(jvm, "JNI_CreateJavaVM"));
+  ASSERT_NE(create, nullptr);
+
+  std::vector<std::string> options = {
+      std::string("-Djava.class.path=") + QUORIN_CLASS_PATH,
+      std::string("-Djava.library.path=") + QUORIN_LIBRARY_DIR,
+      "-Xmx512m",
+      "-XX:+UseSerialGC",
+  };
+  const char* xcheck = std::getenv("QUORIN_XCHECK_JNI");
+  if (xcheck != nullptr && std::string(xcheck) == "1") options.push_back("-Xcheck:jni");
+  std::vector<JavaVMOption> vmOptions;
+  for (std::string& option : options) vmOptions.push_back({option.data(), nullptr});
+  JavaVMInitArgs args{};
+  args.version = JNI_VERSION_1_8;
+  args.nOptions = static_cast<jint>(vmOptions.size());
+  args.options = vmOptions.data();
+  args.ignoreUnrecognized = JNI_FALSE;
+  ASSERT_EQ(create(&g_vm, reinterpret_cast<void**>(&g_env), &args), JNI_OK);
+}
+
+JNIEnv* Env() { return g_env; }
+
+std::string Define(const char* nested) { return std::string("QuorinCtrlWrapper/QuorinCtrlDefine$") + nested; }
+
+void JvmTest::SetUp() {
+  env_ = Env();
+  ASSERT_NE(env_, nullptr) << "the JVM did not start";
+  qsim::Reset();
+  ASSERT_EQ(env_->PushLocalFrame(256), 0);
+}
+
+void JvmTest::TearDown() {
+  std::string message;
+  const std::string pending = TakeException(&message);
+  EXPECT_EQ(pending, "") << message;
+  env_->PopLocalFrame(nullptr);
+}
+
+jclass JvmTest::Ctrl() {
+  static jclass ctrl = nullptr;
+  if (ctrl == nullptr) {
+    jclass local = env_->FindClass("QuorinCtrlWrapper/QuorinCtrl");
+    EXPECT_NE(local, nullptr);
+    ctrl = static_cast<jclass>(env_->NewGlobalRef(local));
+    env_->DeleteLocalRef(local);
+  }
+  return ctrl;
+}
+
+#define QUORIN_CALL_STATIC(Type, method, sig)                             \
+  jmethodID id = env_->GetStaticMethodID(Ctrl(), method, sig);              \
+  EXPECT_NE(id, nullptr) << method << sig;                                  \
+  va_list args;                                                             \
+  va_start(args, sig);                                                      \
+  auto result = env_->CallStatic##Type##MethodV(Ctrl(), id, args);          \
+  va_end(args);                                                             \
+  Checked();                                                                \
+  return result
+
+jint JvmTest::CallInt(const char* method, const char* sig, ...) { QUORIN_CALL_STATIC(Int, method, sig); }
+jobject JvmTest::CallObject(const char* method, const char* sig, ...) { QUORIN_CALL_STATIC(Object, method, sig); }
+bool JvmTest::CallBoolean(const char* method, const char* sig, ...) { QUORIN_CALL_STATIC(Boolean, method, sig); }
+#undef QUORIN_CALL_STATIC
+
+jobject JvmTest::New(const std::string& className) {
+  jclass cls = env_->FindClass(className.c_str());
+  EXPECT_NE(cls, nullptr) << className;
+  jmethodID constructor = env_->GetMethodID(cls, "<init>", "()V");
+  jobject obj = env_->NewObject(cls, constructor);
+  env_->DeleteLocalRef(cls);
+  return obj;
+}
+
+jstring JvmTest::Str(const std::string& utf8) { return env_->NewStringUTF(utf8.c_str()); }
+
+// The JNI checker wants every call into Java followed by a check; whatever is left pending
+// is reported by TearDown or taken by the test.
+bool JvmTest::Checked() { return env_->ExceptionCheck(); }
+
+jfieldID JvmTest::Field(jobject obj, const char* field, const char* sig) {
+  if (obj == nullptr) {
+    ADD_FAILURE() << "field " << field << " of a null object";
+    return nullptr;
+  }
+  jclass cls = env_->GetObjectClass(obj);
+  jfieldID id = env_->GetFieldID(cls, field, sig);
+  env_->DeleteLocalRef(cls);
+  EXPECT_NE(id, nullptr) << field << " " << sig;
+  return id;
+}
+
+// A failed lookup has been reported already; reads then give the type's zero.
+#define QUORIN_FIELD_READ(Type, sig)                          \
+  jfieldID id = Field(obj, f, sig);                           \
+  return id ? env_->Get##Type##Field(obj, id) : decltype(env_->Get##Type##Field(obj, id)){}
+#define QUORIN_FIELD_WRITE(Type, sig, value) \
+  jfieldID id = Field(obj, f, sig);          \
+  if (id) env_->Set##Type##Field(obj, id, value)
+
+jint JvmTest::Int(jobject obj, const char* f) { QUORIN_FIELD_READ(Int, "I"); }
+jlong JvmTest::Long(jobject obj, const char* f) { QUORIN_FIELD_READ(Long, "J"); }
+jshort JvmTest::Short(jobject obj, const char* f) { QUORIN_FIELD_READ(Short, "S"); }
+bool JvmTest::Bool(jobject obj, const char* f) { QUORIN_FIELD_READ(Boolean, "Z"); }
+float JvmTest::Float(jobject obj, const char* f) { QUORIN_FIELD_READ(Float, "F"); }
+jobject JvmTest::Object(jobject obj, const char* f, const std::string& sig) { QUORIN_FIELD_READ(Object, sig.c_str()); }
+std::string JvmTest::String(jobject obj, const char* f) {
+  return Utf8(static_cast<jstring>(Object(obj, f, "Ljava/lang/String;")));
+}
+void JvmTest::SetInt(jobject obj, const char* f, jint v) { QUORIN_FIELD_WRITE(Int, "I", v); }
+void JvmTest::SetShort(jobject obj, const char* f, jshort v) { QUORIN_FIELD_WRITE(Short, "S", v); }
+void JvmTest::SetLong(jobject obj, const char* f, jlong v) { QUORIN_FIELD_WRITE(Long, "J", v); }
+void JvmTest::SetBool(jobject obj, const char* f, bool v) { QUORIN_FIELD_WRITE(Boolean, "Z", v); }
+void JvmTest::SetString(jobject obj, const char* f, const std::string& utf8) {
+  QUORIN_FIELD_WRITE(Object, "Ljava/lang/String;", Str(utf8));
+}
+void JvmTest::SetNull(jobject obj, const char* f, const std::string& sig) { QUORIN_FIELD_WRITE(Object, sig.c_str(), nullptr); }
+#undef QUORIN_FIELD_READ
+#undef QUORIN_FIELD_WRITE
+
+std::string JvmTest::Utf8(jstring text) {
+  if (text == nullptr) return "<null>";
+  const char* chars = env_->GetStringUTFChars(text, nullptr);
+  std::string result(chars);
+  env_->ReleaseStringUTFChars(text, chars);
+  return result;
+}
+
+std::string JvmTest::TakeException(std::string* message) {
+  jthrowable thrown = env_->ExceptionOccurred();
+  if (thrown == nullptr) return "";
+  env_->ExceptionClear();
+  jclass cls = env_->GetObjectClass(thrown);
+  jclass classClass = env_->FindClass("java/lang/Class");
+  jmethodID getName = env_->GetMethodID(classClass, "getName", "()Ljava/lang/String;");
+  jobject name = env_->CallObjectMethod(cls, getName);
+  Checked();
+  if (message != nullptr) {
+    jclass throwable = env_->FindClass("java/lang/Throwable");
+    jmethodID toString = env_->GetMethodID(throwable, "toString", "()Ljava/lang/String;");
+    jobject text = env_->CallObjectMethod(thrown, toString);
+    Checked();
+    *message = Utf8(static_cast<jstring>(text));
+  }
+  return Utf8(static_cast<jstring>(name));
+}
+
+int JvmTest::ListSize(jobject list) {
+  jclass cls = env_->FindClass("java/util/ArrayList");
+  const int size = env_->CallIntMethod(list, env_->GetMethodID(cls, "size", "()I"));
+  Checked();
+  env_->DeleteLocalRef(cls);
+  return size;
+}
+
+jobject JvmTest::ListGet(jobject list, int index) {
+  jclass cls = env_->FindClass("java/util/ArrayList");
+  jobject item = env_->CallObjectMethod(list, env_->GetMethodID(cls, "get", "(I)Ljava/lang/Object;"), index);
+  Checked();
+  env_->DeleteLocalRef(cls);
+  return item;
+}
+
+}  // namespace quorin_test

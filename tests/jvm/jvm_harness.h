@@ -1,0 +1,72 @@
+// An in-process JVM for the bridge's tests, and a fixture that calls QuorinCtrl's natives
+// through the VM and reads Java fields for assertions.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <jni.h>
+
+#include <string>
+
+namespace quorin_test {
+
+// Creates the JVM once per process (QUORIN_XCHECK_JNI=1 adds -Xcheck:jni).
+class JvmEnvironment : public testing::Environment {
+ public:
+  void SetUp() override;
+};
+
+JNIEnv* Env();
+
+// Full class name of a QuorinCtrlDefine nested class: Define("Handle").
+std::string Define(const char* nested);
+
+class JvmTest : public testing::Test {
+ protected:
+  void SetUp() override;     // fresh stand-in SDK, a local frame for the test's references
+  void TearDown() override;  // no Java exception may be left pending
+
+  // Static methods of QuorinCtrlWrapper.QuorinCtrl by name and JNI signature.
+  jint CallInt(const char* method, const char* sig, ...);
+  jobject CallObject(const char* method, const char* sig, ...);
+  bool CallBoolean(const char* method, const char* sig, ...);
+
+  jobject New(const std::string& className);  // no-argument constructor
+  jobject NewDefine(const char* nested) { return New(Define(nested)); }
+  jstring Str(const std::string& utf8);
+
+  // Field access on Java objects, by name.
+  jint Int(jobject obj, const char* field);
+  jlong Long(jobject obj, const char* field);
+  jshort Short(jobject obj, const char* field);
+  bool Bool(jobject obj, const char* field);
+  float Float(jobject obj, const char* field);
+  jobject Object(jobject obj, const char* field, const std::string& sig);
+  std::string String(jobject obj, const char* field);  // "<null>" for a null reference
+  void SetInt(jobject obj, const char* field, jint value);
+  void SetShort(jobject obj, const char* field, jshort value);
+  void SetLong(jobject obj, const char* field, jlong value);
+  void SetBool(jobject obj, const char* field, bool value);
+  void SetString(jobject obj, const char* field, const std::string& utf8);  // "" stays "", use SetNull for null
+  void SetNull(jobject obj, const char* field, const std::string& sig);
+
+  std::string Utf8(jstring text);
+  // Class name of the pending exception ("" when none); the exception is cleared.
+  std::string TakeException(std::string* message = nullptr);
+  int ListSize(jobject list);
+  jobject ListGet(jobject list, int index);
+
+  bool Checked();  // after every call into Java
+
+  JNIEnv* env_ = nullptr;
+
+ private:
+  jclass Ctrl();
+  jfieldID Field(jobject obj, const char* field, const char* sig);
+};
+
+// Signatures the tests use often.
+inline const std::string kHandleSig = "LQuorinCtrlWrapper/QuorinCtrlDefine$Handle;";
+inline const std::string kDeviceInfoSig = "LQuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_DEVICE_INFO;";
+inline const std::string kGigESig = "LQuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_GIGE_DEVICE_INFO;";
+
+}  // namespace quorin_test
