@@ -85,6 +85,12 @@ inline unsigned long long PointerWord(const void* pointer) {
 inline jobject ObjectFromWord(unsigned long long word) {
   return reinterpret_cast<jobject>(static_cast<uintptr_t>(word));
 }
+// A float travels as its IEEE-754 bit pattern, never as a converted number.
+inline unsigned long long FloatBits(float value) {
+  uint32_t bits;
+  std::memcpy(&bits, &value, sizeof bits);
+  return bits;
+}
 // An object field through GetFieldValue: a local reference the caller deletes.
 inline jobject GetObjectFieldValue(JNIEnv* env, jobject obj, const char* name, const char* sig) {
   return ObjectFromWord(GetFieldValue(env, obj, name, sig));

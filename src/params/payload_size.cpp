@@ -1,0 +1,28 @@
+#include "params/payload_size.h"
+
+namespace {
+
+bool QueryInt(void* sdkHandle, const char* key, QUORIN_INT_VALUE* value) {
+  *value = QUORIN_INT_VALUE{};
+  return QUORIN_GetIntValue(sdkHandle, key, value) == 0;
+}
+
+}  // namespace
+
+long long FallbackPayloadSize(void* sdkHandle) {
+  QUORIN_INT_VALUE width;
+  QUORIN_INT_VALUE height;
+  const bool haveWidth = QueryInt(sdkHandle, "Width", &width);
+  const bool haveHeight = QueryInt(sdkHandle, "Height", &height);  // asked even when Width failed
+  if (!haveWidth || !haveHeight) return kFallbackPayloadSize;
+  // The maxima, so that a buffer of this size holds the largest frame. The product is taken in
+  // 32 bits and wraps, exactly as the readers' firmware computes it.
+  const auto product = static_cast<uint32_t>(width.nMax) * static_cast<uint32_t>(height.nMax);
+  return static_cast<int32_t>(product);
+}
+
+long long PayloadSizeOf(void* sdkHandle) {
+  QUORIN_INT_VALUE payload;
+  if (QueryInt(sdkHandle, "PayloadSize", &payload)) return payload.nCurValue;
+  return FallbackPayloadSize(sdkHandle);
+}
