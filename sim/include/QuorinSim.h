@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "QuorinCtrl.h"
@@ -34,7 +35,15 @@ constexpr unsigned int kUnknown = 0x800600FF;
 // Version word reported until SetSdkVersion: 3.1.0.5.
 constexpr unsigned int kDefaultSdkVersion = 0x03010005;
 
-// Default readers, all reachable, everything recorded from a clean log; handles are dropped.
+// Frames waiting per channel; when a queue is full the oldest frame is lost.
+constexpr unsigned int kFrameQueueCapacity = 8;
+// The first frame number of every channel after grabbing starts: close to the 32-bit wrap.
+constexpr unsigned int kFirstFrameNumber = 0xFFFFFFF0;
+// Channels a reader can serve; a larger ChannelCount node is served as this many.
+constexpr unsigned int kMaxChannels = 16;
+
+// Default readers with default nodes, all reachable, everything recorded from a clean log,
+// automatic frames on; producers are stopped and handles are dropped.
 QSIM_API void Reset();
 
 // From now on `function` returns `status` without doing its work; status 0 clears the script.
@@ -61,5 +70,59 @@ QSIM_API std::vector<QUORIN_DEVICE_INFO> DefaultReaders();  // the records Reset
 QSIM_API void SetReaders(const std::vector<QUORIN_DEVICE_INFO>& readers);
 QSIM_API void SetSdkVersion(unsigned int version);
 QSIM_API void SetAccessible(bool accessible);  // the answer of QUORIN_IsDeviceAccessible
+
+// From now on `function` copies `bytes` into its output record (at most the record's size) and
+// returns `status`, without doing its work; an empty vector clears it. For the getters whose
+// output is a record: QUORIN_GetIntValue, GetEnumValue, GetFloatValue, GetStringValue,
+// GetBoolValue (1 byte), GetDeviceInfo, GetOneFrameTimeoutEx2 and MSC_GetOneFrameTimeout (the
+// EX2 record; *ppData is then left null).
+QSIM_API void ScriptOutput(const std::string& function, const std::vector<unsigned char>& bytes,
+                           unsigned int status = 0);
+
+// Feature nodes of the reader behind an SDK handle, open or not. Each call replaces the node
+// whatever it was; a handle that is not a live device handle throws std::invalid_argument.
+enum class Access { kReadWrite, kReadOnly, kWriteOnly, kNotAvailable };
+QSIM_API void SetIntNode(void* handle, const std::string& name, long long value, long long min,
+                         long long max, long long inc, Access access = Access::kReadWrite);
+QSIM_API void SetFloatNode(void* handle, const std::string& name, float value, float min, float max,
+                           Access access = Access::kReadWrite);
+QSIM_API void SetStringNode(void* handle, const std::string& name, const std::string& bytes,
+                            long long maxLength, Access access = Access::kReadWrite);
+QSIM_API void SetEnumNode(void* handle, const std::string& name, unsigned int value,
+                          const std::vector<std::pair<std::string, unsigned int>>& entries,
+                          Access access = Access::kReadWrite);
+QSIM_API void SetBoolNode(void* handle, const std::string& name, bool value,
+                          Access access = Access::kReadWrite);
+QSIM_API void RemoveNode(void* handle, const std::string& name);  // then kUnknownNode
+
+// A waybill of a frame; the stand-in sets info.pImageWaybill and info.nImageLen from `image`.
+struct Waybill {
+  QUORIN_WAYBILL_INFO info{};
+  std::vector<unsigned char> image;
+};
+
+// A frame as a fetch delivers it.
+struct Frame {
+  QUORIN_IMAGE_OUT_INFO_EX2 info{};       // header as delivered, nFrameLen included (not derived);
+                                          // the list pointers are set by the stand-in
+  std::vector<unsigned char> image;       // bytes behind *ppData
+  bool nullImage = false;                 // *ppData stays null
+  std::vector<QUORIN_BCR_INFO_EX> codes;  // copied into the extended code list (at most its capacity)
+  long long reportedCodeCount = -1;       // nCodeNum as delivered; -1 means codes.size()
+  unsigned int waybillImageType = QUORIN_Image_Bmp;
+  std::vector<Waybill> waybills;          // at most the list's capacity are stored
+  long long reportedWaybillCount = -1;    // nWaybillNum as delivered; -1 means waybills.size()
+};
+
+// Whether producers make frames (default on; Reset turns it on). Pushed frames come either way.
+QSIM_API void SetAutoFrames(bool on);
+// Queued like a produced frame, grabbing or not; StopGrabbing drops what is queued.
+// A channel of kMaxChannels or more throws std::invalid_argument.
+QSIM_API void PushFrame(void* handle, const Frame& frame, unsigned int channel = 0);
+// Every later fetch on that channel returns this frame at once, its nFrameNum one higher each
+// time, with no waiting and no copying per fetch (for benchmarks); cleared by Reset or StopGrabbing.
+QSIM_API void RepeatFrame(void* handle, const Frame& frame, unsigned int channel = 0);
+// Oldest frames lost to a full queue on that channel since grabbing last started.
+QSIM_API unsigned long long FramesDropped(void* handle, unsigned int channel = 0);
 
 }  // namespace qsim

@@ -10,11 +10,15 @@ CallRecorder& CallRecorder::Instance() {
   return recorder;
 }
 
-unsigned int CallRecorder::Record(const Call& call) {
+Scripted CallRecorder::Record(const Call& call) {
   std::lock_guard<std::mutex> lock(mutex_);
   calls_.push_back(call);
-  auto scripted = scripts_.find(call.function);
-  return scripted == scripts_.end() ? 0 : scripted->second;
+  auto output = outputs_.find(call.function);
+  if (output != outputs_.end()) {
+    return output->second;
+  }
+  auto status = scripts_.find(call.function);
+  return Scripted{status == scripts_.end() ? 0 : status->second, std::nullopt};
 }
 
 void CallRecorder::Script(const std::string& function, unsigned int status) {
@@ -23,6 +27,16 @@ void CallRecorder::Script(const std::string& function, unsigned int status) {
     scripts_.erase(function);
   } else {
     scripts_[function] = status;
+  }
+}
+
+void CallRecorder::ScriptOutput(const std::string& function, const std::vector<unsigned char>& bytes,
+                                unsigned int status) {
+  std::lock_guard<std::mutex> lock(mutex_);
+  if (bytes.empty()) {
+    outputs_.erase(function);
+  } else {
+    outputs_[function] = Scripted{status, bytes};
   }
 }
 
@@ -48,6 +62,7 @@ void CallRecorder::Reset() {
   std::lock_guard<std::mutex> lock(mutex_);
   calls_.clear();
   scripts_.clear();
+  outputs_.clear();
 }
 
 }  // namespace qsim

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -12,14 +13,23 @@
 
 namespace qsim {
 
+// What a scripted function does in place of its work.
+struct Scripted {
+  unsigned int status = 0;
+  std::optional<std::vector<unsigned char>> output;  // bytes for the function's output record
+
+  bool ReplacesWork() const { return status != 0 || output.has_value(); }
+};
+
 class CallRecorder {
  public:
   static CallRecorder& Instance();
 
-  // Logs the call and returns the status scripted for its function (0 when none).
-  unsigned int Record(const Call& call);
+  // Logs the call and returns what is scripted for its function (nothing when none).
+  Scripted Record(const Call& call);
 
   void Script(const std::string& function, unsigned int status);
+  void ScriptOutput(const std::string& function, const std::vector<unsigned char>& bytes, unsigned int status);
   std::vector<Call> Calls() const;
   std::vector<Call> CallsTo(const std::string& function) const;
   void ClearCalls();
@@ -29,6 +39,7 @@ class CallRecorder {
   mutable std::mutex mutex_;
   std::vector<Call> calls_;
   std::map<std::string, unsigned int> scripts_;
+  std::map<std::string, Scripted> outputs_;  // take precedence over plain statuses
 };
 
 // Builds the log entry of one SDK call from its arguments.

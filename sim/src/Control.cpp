@@ -1,17 +1,43 @@
 // The control interface: what tests do to the stand-in besides calling the SDK.
+#include <stdexcept>
+#include <string>
+
+#include "Acquisition.h"
 #include "CallRecorder.h"
+#include "FeatureNodes.h"
 #include "QuorinSim.h"
 #include "ReaderRegistry.h"
 
 namespace qsim {
+namespace {
+
+// Runs `work` on the reader behind a device handle; a test that names no live handle has a
+// mistake in it, and hears so at once.
+template <typename Work>
+void OnReader(void* handle, const char* control, Work work) {
+  if (!ReaderRegistry::Instance().WithReader(handle, work)) {
+    throw std::invalid_argument(std::string("qsim::") + control + ": not a live device handle");
+  }
+}
+
+void DefineNode(void* handle, const char* control, const std::string& name, FeatureNode node) {
+  OnReader(handle, control, [&](VirtualReader& reader) { reader.Nodes().Define(name, std::move(node)); });
+}
+
+}  // namespace
 
 void Reset() {
   CallRecorder::Instance().Reset();
   ReaderRegistry::Instance().Reset();
+  Acquisition::SetAutoFrames(true);
 }
 
 void ScriptStatus(const std::string& function, unsigned int status) {
   CallRecorder::Instance().Script(function, status);
+}
+
+void ScriptOutput(const std::string& function, const std::vector<unsigned char>& bytes, unsigned int status) {
+  CallRecorder::Instance().ScriptOutput(function, bytes, status);
 }
 
 std::vector<Call> Calls() { return CallRecorder::Instance().Calls(); }
@@ -29,5 +55,48 @@ void SetReaders(const std::vector<QUORIN_DEVICE_INFO>& readers) {
 void SetSdkVersion(unsigned int version) { ReaderRegistry::Instance().SetSdkVersion(version); }
 
 void SetAccessible(bool accessible) { ReaderRegistry::Instance().SetAccessible(accessible); }
+
+void SetIntNode(void* handle, const std::string& name, long long value, long long min, long long max,
+                long long inc, Access access) {
+  DefineNode(handle, __func__, name, {IntegerNode{value, min, max, inc}, access});
+}
+
+void SetFloatNode(void* handle, const std::string& name, float value, float min, float max, Access access) {
+  DefineNode(handle, __func__, name, {FloatNode{value, min, max}, access});
+}
+
+void SetStringNode(void* handle, const std::string& name, const std::string& bytes, long long maxLength,
+                   Access access) {
+  DefineNode(handle, __func__, name, {StringNode{bytes, maxLength}, access});
+}
+
+void SetEnumNode(void* handle, const std::string& name, unsigned int value,
+                 const std::vector<std::pair<std::string, unsigned int>>& entries, Access access) {
+  DefineNode(handle, __func__, name, {EnumNode{value, entries}, access});
+}
+
+void SetBoolNode(void* handle, const std::string& name, bool value, Access access) {
+  DefineNode(handle, __func__, name, {BoolNode{value}, access});
+}
+
+void RemoveNode(void* handle, const std::string& name) {
+  OnReader(handle, __func__, [&](VirtualReader& reader) { reader.Nodes().Remove(name); });
+}
+
+void SetAutoFrames(bool on) { Acquisition::SetAutoFrames(on); }
+
+void PushFrame(void* handle, const Frame& frame, unsigned int channel) {
+  OnReader(handle, __func__, [&](VirtualReader& reader) { reader.Frames().Push(frame, channel); });
+}
+
+void RepeatFrame(void* handle, const Frame& frame, unsigned int channel) {
+  OnReader(handle, __func__, [&](VirtualReader& reader) { reader.Frames().Repeat(frame, channel); });
+}
+
+unsigned long long FramesDropped(void* handle, unsigned int channel) {
+  unsigned long long dropped = 0;
+  OnReader(handle, __func__, [&](VirtualReader& reader) { dropped = reader.Frames().Dropped(channel); });
+  return dropped;
+}
 
 }  // namespace qsim

@@ -4,9 +4,15 @@
 #include <cstring>
 
 #include "QuorinSim.h"
+#include "ReaderTraits.h"
 
 namespace qsim {
 namespace {
+
+constexpr const char* kModel2D = "QR-2020-2D";
+constexpr const char* kModelMultiChannel = "QR-4040-MC";
+constexpr const char* kModelWaybill = "QR-WB-800";
+constexpr unsigned int kMultiChannelCount = 4;
 
 // SDK address word: first octet in the most significant byte.
 constexpr unsigned int Address(unsigned int a, unsigned int b, unsigned int c, unsigned int d) {
@@ -74,15 +80,15 @@ QUORIN_DEVICE_INFO MakeReader(const ReaderProfile& profile) {
 const ReaderProfile kDefaultReaders[] = {
     {1, 2, 0x34BD, 0x20140117, true, QUORIN_IP_CFG_STATIC, Address(192, 168, 1, 20),
      Address(255, 255, 255, 0), Address(192, 168, 1, 1), Address(192, 168, 1, 100), 0,
-     "QR-2020-2D", "V3.2.1 build240516", "2D code reader, 5 MP", "QN2405C0117",
+     kModel2D, "V3.2.1 build240516", "2D code reader, 5 MP", "QN2405C0117",
      "\xB7\xD6\xBC\xF0\xCF\xDF\xD2\xBB"},  // 分拣线一 in GBK
     {2, 0, 0x34BD, 0x20140042, true, QUORIN_IP_CFG_DHCP, Address(192, 168, 1, 21),
      Address(255, 255, 255, 0), Address(192, 168, 1, 1), Address(192, 168, 1, 100), 0,
-     "QR-4040-MC", "V4.0.3 build240302", "Multi-channel reader, 4 channels", "QN2403M0042",
+     kModelMultiChannel, "V4.0.3 build240302", "Multi-channel reader, 4 channels", "QN2403M0042",
      "Tunnel-4ch"},
     {2, 0, 0x34BD, 0x20130008, true, QUORIN_IP_CFG_STATIC, Address(192, 168, 2, 30),
      Address(255, 255, 255, 0), Address(192, 168, 2, 1), Address(192, 168, 2, 100),
-     Address(192, 168, 2, 77), "QR-WB-800", "V2.8.0 build231120", "Waybill cutting reader",
+     Address(192, 168, 2, 77), kModelWaybill, "V2.8.0 build231120", "Waybill cutting reader",
      "QN2311W0008", "Waybill-West"},
     {1, 1, 0x34BD, 0x20180230, false, QUORIN_IP_CFG_LLA, Address(169, 254, 12, 50),
      Address(255, 255, 0, 0), Address(0, 0, 0, 0), Address(169, 254, 12, 10), 0, "QR-AC-500",
@@ -90,6 +96,19 @@ const ReaderProfile kDefaultReaders[] = {
 };
 
 }  // namespace
+
+ReaderTraits TraitsOf(const QUORIN_DEVICE_INFO& info) {
+  const char* model = info.stGigEInfo.chModelName;
+  const auto is = [&](const char* name) {
+    return std::strncmp(model, name, sizeof info.stGigEInfo.chModelName) == 0;
+  };
+  ReaderTraits traits;
+  traits.channelCount = is(kModelMultiChannel) ? kMultiChannelCount : 1;
+  traits.decodes = info.bCodeReader != 0;
+  traits.cutsWaybills = is(kModelWaybill);
+  traits.gbkCodeTexts = is(kModel2D);
+  return traits;
+}
 
 std::vector<QUORIN_DEVICE_INFO> DefaultReaders() {
   std::vector<QUORIN_DEVICE_INFO> readers;

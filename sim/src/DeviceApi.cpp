@@ -4,13 +4,14 @@
 
 using qsim::CallBuilder;
 using qsim::Dispatch;
+using qsim::DispatchInto;
 using qsim::Model;
 using qsim::VirtualReader;
 
 extern "C" {
 
 QUORIN_API unsigned int QUORIN_GetSDKVersion(void) {
-  const unsigned int scripted = qsim::CallRecorder::Instance().Record(CallBuilder(__func__).Get());
+  const unsigned int scripted = qsim::CallRecorder::Instance().Record(CallBuilder(__func__).Get()).status;
   return scripted != 0 ? scripted : Model().SdkVersion();
 }
 
@@ -42,13 +43,13 @@ QUORIN_API int QUORIN_DiscoveryUpgDevice(QUORIN_DEVICE_INFO_LIST* pstDevList) {
 QUORIN_API bool QUORIN_IsDeviceAccessible(QUORIN_DEVICE_INFO* pstDevInfo, unsigned int nAccessMode) {
   const CallBuilder call =
       CallBuilder(__func__).Record(pstDevInfo, sizeof *pstDevInfo).Number(nAccessMode);
-  const unsigned int scripted = qsim::CallRecorder::Instance().Record(call.Get());
+  const unsigned int scripted = qsim::CallRecorder::Instance().Record(call.Get()).status;
   return scripted == 0 && pstDevInfo != nullptr && Model().Accessible();
 }
 
 QUORIN_API int QUORIN_GetDeviceInfo(void* handle, QUORIN_DEVICE_INFO* pstDevInfo) {
-  return Dispatch(CallBuilder(__func__).Handle(handle),
-                  [&] { return Model().GetDeviceInfo(handle, pstDevInfo); });
+  return DispatchInto(CallBuilder(__func__).Handle(handle), pstDevInfo, sizeof *pstDevInfo,
+                      [&] { return Model().GetDeviceInfo(handle, pstDevInfo); });
 }
 
 QUORIN_API int QUORIN_CreateHandle(void** handle, QUORIN_DEVICE_INFO* pstDevInfo) {

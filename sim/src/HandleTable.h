@@ -32,6 +32,13 @@ class HandleTable {
     return true;
   }
 
+  template <typename Visit>
+  void ForEachLive(Visit visit) {
+    for (auto& entry : live_) {
+      visit(entry.first, *entry.second);
+    }
+  }
+
   void RetireAll() {
     for (auto& entry : live_) {
       retired_.push_back(std::move(entry.second));

@@ -16,6 +16,7 @@ void ReaderRegistry::Reset() {
   SetReaders(DefaultReaders());
   std::lock_guard<std::mutex> lock(mutex_);
   listed_.clear();
+  devices_.ForEachLive([](const void* handle, DeviceHandle& device) { device.reader->Close(handle); });
   devices_.RetireAll();
   upgrades_.RetireAll();
   sdkVersion_ = kDefaultSdkVersion;
@@ -130,6 +131,27 @@ Status ReaderRegistry::GetDeviceInfo(void* handle, QUORIN_DEVICE_INFO* info) {
     *info = device.reader->Info();
     return Status{0};
   });
+}
+
+Status ReaderRegistry::FetchFrame(const void* handle, unsigned int channel, unsigned int timeoutMs,
+                                  unsigned char** data, QUORIN_IMAGE_OUT_INFO_EX2* info) {
+  std::shared_ptr<VirtualReader> reader;
+  const Status status = WithDevice(handle, [&](DeviceHandle& device) {
+    if (!device.reader->IsOpenBy(handle)) {
+      return kNotOpen;
+    }
+    reader = device.reader;
+    return Status{0};
+  });
+  if (status != 0) {
+    return status;
+  }
+  if (data == nullptr || info == nullptr) {
+    return kBadParameter;
+  }
+  // The wait runs outside the registry's lock so that other handles are served meanwhile;
+  // `reader` keeps the model alive should the handle be destroyed during it.
+  return reader->Frames().Fetch(channel, timeoutMs, data, info);
 }
 
 Status ReaderRegistry::CreateUpgradeHandle(void** handle) {

@@ -1,5 +1,5 @@
 // The readers the stand-in can see and the handles opened on them; every SDK
-// function reaches the model through here, under one lock.
+// function reaches the model through here, under one lock (a fetch waits outside it).
 #pragma once
 
 #include <functional>
@@ -44,6 +44,26 @@ class ReaderRegistry {
 
   Status CreateUpgradeHandle(void** handle);
   Status DestroyUpgradeHandle(void* handle);
+
+  // Runs `work` on the reader that `handle` holds open; kInvalidHandle or kNotOpen otherwise.
+  template <typename Work>
+  Status WithOpenReader(const void* handle, Work work) {
+    return WithDevice(handle, [&](DeviceHandle& device) {
+      return device.reader->IsOpenBy(handle) ? work(*device.reader) : kNotOpen;
+    });
+  }
+
+  // Runs `work` on the reader behind `handle`, open or not; false for a handle that is not live.
+  template <typename Work>
+  bool WithReader(const void* handle, Work work) {
+    return WithDevice(handle, [&](DeviceHandle& device) {
+             work(*device.reader);
+             return Status{0};
+           }) == 0;
+  }
+
+  Status FetchFrame(const void* handle, unsigned int channel, unsigned int timeoutMs, unsigned char** data,
+                    QUORIN_IMAGE_OUT_INFO_EX2* info);
 
  private:
   ReaderRegistry();

@@ -2,7 +2,9 @@
 
 #include <cstring>
 
+#include "FrameSynthesis.h"
 #include "QuorinSim.h"
+#include "ReaderNodes.h"
 
 namespace qsim {
 
@@ -10,6 +12,13 @@ std::string SerialOf(const QUORIN_DEVICE_INFO& info) {
   const char* serial = info.stGigEInfo.chSerialNumber;
   return std::string(serial, strnlen(serial, sizeof info.stGigEInfo.chSerialNumber));
 }
+
+VirtualReader::VirtualReader(const QUORIN_DEVICE_INFO& info)
+    : info_(info),
+      traits_(TraitsOf(info)),
+      nodes_(MakeReaderNodes(info, traits_)),
+      acquisition_([this] { return nodes_.Inspect(SettingsFrom); },
+                   FrameSynthesizer(traits_, MovingBarsPattern(), RunningCodes(traits_.gbkCodeTexts))) {}
 
 std::string VirtualReader::SerialNumber() const { return SerialOf(info_); }
 
@@ -36,8 +45,34 @@ Status VirtualReader::Close(const void* client) {
   if (!IsOpenBy(client)) {
     return kNotOpen;
   }
+  if (acquisition_.Grabbing()) {
+    StopGrabbing();
+  }
+  acquisition_.Release();
   holder_ = nullptr;
   return 0;
+}
+
+Status VirtualReader::Execute(const std::string& command) {
+  const Status status = nodes_.Execute(command);
+  if (status == 0 && command == kTriggerSoftwareNode && nodes_.Inspect(TriggerModeOn)) {
+    acquisition_.Trigger();
+  }
+  return status;
+}
+
+Status VirtualReader::StartGrabbing() {
+  if (acquisition_.Grabbing()) {
+    return kBusy;
+  }
+  nodes_.SetGrabbing(true);
+  return acquisition_.Start(nodes_.Inspect(ChannelCountFrom));
+}
+
+Status VirtualReader::StopGrabbing() {
+  const Status status = acquisition_.Stop();
+  nodes_.SetGrabbing(false);
+  return status;
 }
 
 }  // namespace qsim

@@ -3,15 +3,17 @@
 
 #include <string>
 
+#include "Acquisition.h"
+#include "FeatureNodes.h"
 #include "QuorinCtrl.h"
+#include "ReaderTraits.h"
+#include "Status.h"
 
 namespace qsim {
 
-using Status = unsigned int;
-
 class VirtualReader {
  public:
-  explicit VirtualReader(const QUORIN_DEVICE_INFO& info) : info_(info) {}
+  explicit VirtualReader(const QUORIN_DEVICE_INFO& info);
 
   const QUORIN_DEVICE_INFO& Info() const { return info_; }
   std::string SerialNumber() const;
@@ -22,13 +24,27 @@ class VirtualReader {
   bool Matches(const QUORIN_DEVICE_INFO& wanted) const;
 
   // One client at a time holds the reader open; `client` identifies it (a handle).
+  // Closing stops grabbing and frees the frames delivered to the client.
   Status Open(const void* client);
   Status Close(const void* client);
   bool IsOpenBy(const void* client) const { return client != nullptr && holder_ == client; }
 
+  NodeMap& Nodes() { return nodes_; }
+  // Runs a command node; TriggerSoftware with TriggerMode On asks for one frame per channel.
+  Status Execute(const std::string& command);
+  void SetFrameNodeCount(unsigned int count) { frameNodeCount_ = count; }
+
+  Status StartGrabbing();  // the nodes that shape the frames stay fixed until it stops
+  Status StopGrabbing();
+  Acquisition& Frames() { return acquisition_; }
+
  private:
-  QUORIN_DEVICE_INFO info_;
+  const QUORIN_DEVICE_INFO info_;
+  const ReaderTraits traits_;
   const void* holder_ = nullptr;
+  unsigned int frameNodeCount_ = 0;  // asked of the device; its queues keep a fixed depth
+  NodeMap nodes_;
+  Acquisition acquisition_;  // declared after the nodes: its producer reads them until joined
 };
 
 // The serial number of a record, bounded by its array (the device need not terminate it).
