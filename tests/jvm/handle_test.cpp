@@ -19,9 +19,6 @@ class HandleTest : public JvmTest {
   }
   jobject Create(jobject device) { return CallObject("QUORIN_CreateHandle", kCreate.c_str(), device); }
   jint Status(const char* method, jobject handle) { return CallInt(method, kHandleToStatus.c_str(), handle); }
-  void* SdkHandle(jobject handle, const char* field = "hHandle") {
-    return reinterpret_cast<void*>(static_cast<uintptr_t>(Long(handle, field)));
-  }
   // The ParameterException the last call left pending: errCode and message.
   void ExpectParameterException(jint errCode, const std::string& message) {
     jthrowable thrown = env_->ExceptionOccurred();

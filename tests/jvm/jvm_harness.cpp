@@ -169,6 +169,21 @@ std::string JvmTest::TakeException(std::string* message) {
   return Utf8(static_cast<jstring>(name));
 }
 
+jobject JvmTest::OpenReader(int index, bool open) {
+  jobject devices = CallObject("QUORIN_EnumIDDevices", "()Ljava/util/ArrayList;");
+  const std::string sig = "(" + kDeviceInfoSig + ")" + kHandleSig;
+  jobject handle = CallObject("QUORIN_CreateHandle", sig.c_str(), ListGet(devices, index));
+  EXPECT_NE(handle, nullptr);
+  if (open && handle != nullptr) {
+    EXPECT_EQ(CallInt("QUORIN_OpenDevice", ("(" + kHandleSig + ")I").c_str(), handle), 0);
+  }
+  return handle;
+}
+
+void* JvmTest::SdkHandle(jobject handle, const char* field) {
+  return reinterpret_cast<void*>(static_cast<uintptr_t>(Long(handle, field)));
+}
+
 int JvmTest::ListSize(jobject list) {
   jclass cls = env_->FindClass("java/util/ArrayList");
   const int size = env_->CallIntMethod(list, env_->GetMethodID(cls, "size", "()I"));

@@ -57,6 +57,11 @@ class JvmTest : public testing::Test {
 
   bool Checked();  // after every call into Java
 
+  // A Handle on default reader `index` (0..3), opened when asked.
+  jobject OpenReader(int index, bool open = true);
+  // The SDK handle a Java Handle carries.
+  void* SdkHandle(jobject handle, const char* field = "hHandle");
+
   JNIEnv* env_ = nullptr;
 
  private:
