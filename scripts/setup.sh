@@ -10,7 +10,7 @@ want_i386=1
 SUDO=""
 [ "$(id -u)" -eq 0 ] || SUDO="sudo"
 
-packages=(cmake make g++ openjdk-17-jdk-headless libgtest-dev)
+packages=(cmake make g++ openjdk-17-jdk-headless libgtest-dev libjpeg62-turbo-dev libpng-dev)
 [ $want_i386 -eq 1 ] && packages+=(g++-multilib lib32z1)
 
 missing=()
@@ -38,17 +38,30 @@ if ! "$probe_dir/p32" 2>/dev/null; then
   command -v qemu-i386 >/dev/null || apt_install qemu-user
 fi
 
-# A 32-bit JVM for the in-process tests: unpacked, not installed, since its
-# dependencies do not install through apt beside a 64-bit system.
-jre_dir=build/cache/jre-i386
-if [ ! -f "$jre_dir/.complete" ]; then
-  rm -rf "$jre_dir" && mkdir -p "$jre_dir/debs"
+# 32-bit packages are unpacked under DIR/root, not installed: they often cannot install beside
+# the 64-bit ones, whose versions the archive's two architectures do not keep in step.
+# Usage: unpack_i386 DIR PACKAGE...; done once, then marked complete.
+unpack_i386() {
+  local dir=$1; shift
+  [ -f "$dir/.complete" ] && return 0
+  rm -rf "$dir" && mkdir -p "$dir/debs"
   if ! dpkg --print-foreign-architectures | grep -qx i386; then
     $SUDO dpkg --add-architecture i386
     apt_update
   fi
-  apt-cache show openjdk-17-jre-headless:i386 >/dev/null 2>&1 || apt_update
-  (cd "$jre_dir/debs" && apt-get download -qq openjdk-17-jre-headless:i386)
-  for deb in "$jre_dir"/debs/*.deb; do dpkg -x "$deb" "$jre_dir/root"; done
-  touch "$jre_dir/.complete"
-fi
+  apt-cache show "$1:i386" >/dev/null 2>&1 || apt_update
+  (cd "$dir/debs" && apt-get download -qq "${@/%/:i386}")
+  for deb in "$dir"/debs/*.deb; do dpkg -x "$deb" "$dir/root"; done
+  touch "$dir/.complete"
+}
+
+# A 32-bit JVM for the in-process tests.
+unpack_i386 build/cache/jre-i386 openjdk-17-jre-headless
+
+# The 32-bit JPEG, PNG and zlib libraries of the stand-in; cmake/i386-toolchain.cmake finds them.
+libs_dir=build/cache/i386-libs
+unpack_i386 "$libs_dir" libjpeg62-turbo libjpeg62-turbo-dev libpng16-16 libpng-dev zlib1g zlib1g-dev
+# Development links that name their library by an absolute path are pointed at the unpacked copy.
+find "$libs_dir/root" -type l -lname '/*' | while read -r link; do
+  ln -sfnr "$libs_dir/root$(readlink "$link")" "$link"
+done

@@ -1,9 +1,12 @@
 // The stand-in SDK's own behaviour, driven through the SDK functions and the qsim controls.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <cmath>
 #include <cstring>
+#include <functional>
+#include <mutex>
 #include <set>
 #include <string>
 #include <thread>
@@ -790,6 +793,420 @@ TEST_F(VirtualReaderTest, RepeatedFrameComesBackAtOnceUntilStopped) {
   ASSERT_EQ(0, QUORIN_StopGrabbing(handle));
   ASSERT_EQ(0, QUORIN_StartGrabbing(handle));
   EXPECT_EQ(qsim::kNoData, AsWord(FetchEx2(handle, 0).status));
+}
+
+// ---------------------------------------------------------------------------
+// Callbacks, delivered on the stand-in's own threads.
+
+// What one test's callbacks heard, in arrival order; each callback gets the Heard as user data.
+struct Heard {
+  struct Image {
+    unsigned int number = 0;
+    unsigned int triggerIndex = 0;
+    unsigned long long time = 0;
+    std::vector<unsigned char> bytes;
+    std::string firstCode;
+  };
+
+  std::mutex mutex;
+  std::vector<std::string> log;  // event names, "trigger", "frame", "exception"
+  std::vector<unsigned int> exceptions;
+  std::vector<QUORIN_EVENT_OUT_INFO> events;
+  std::vector<std::vector<unsigned char>> eventData;
+  std::vector<QUORIN_TRIGGER_INFO_DATA> triggers;
+  std::vector<Image> images;
+  std::set<std::thread::id> threads;
+  std::function<void()> duringImage;  // a test's probe, run inside each image callback, outside the lock
+
+  template <typename Note>
+  void Record(const char* entry, Note note) {
+    std::lock_guard<std::mutex> lock(mutex);
+    threads.insert(std::this_thread::get_id());
+    log.emplace_back(entry);
+    note();
+  }
+
+  size_t ImageCount() {
+    std::lock_guard<std::mutex> lock(mutex);
+    return images.size();
+  }
+
+  bool AwaitImages(size_t count) {
+    for (int wait = 0; wait < 1000 && ImageCount() < count; ++wait) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return ImageCount() >= count;
+  }
+
+  bool HeardOn(std::thread::id thread) {
+    std::lock_guard<std::mutex> lock(mutex);
+    return threads.count(thread) != 0;
+  }
+};
+
+Heard& HeardBy(void* user) { return *static_cast<Heard*>(user); }
+
+void HearException(unsigned int type, void* user) {
+  Heard& heard = HeardBy(user);
+  heard.Record("exception", [&] { heard.exceptions.push_back(type); });
+}
+
+void HearEvent(QUORIN_EVENT_OUT_INFO* event, void* user) {
+  Heard& heard = HeardBy(user);
+  heard.Record(event->EventName, [&] {
+    heard.events.push_back(*event);
+    heard.eventData.emplace_back(event->pEventData, event->pEventData + event->nEventDataSize);
+  });
+}
+
+void HearTrigger(QUORIN_TRIGGER_INFO_DATA* trigger, void* user) {
+  Heard& heard = HeardBy(user);
+  heard.Record("trigger", [&] { heard.triggers.push_back(*trigger); });
+}
+
+void HearImage(unsigned char* data, QUORIN_IMAGE_OUT_INFO_EX2* info, void* user) {
+  Heard& heard = HeardBy(user);
+  Heard::Image image;
+  image.number = info->nFrameNum;
+  image.triggerIndex = info->nTriggerIndex;
+  image.time = 1ULL * info->nTimeStampHigh << 32 | info->nTimeStampLow;
+  image.bytes.assign(data, data + info->nFrameLen);  // the record's pointers hold for the call
+  if (info->pstCodeListEx->nCodeNum > 0) image.firstCode = info->pstCodeListEx->stBcrInfoEx[0].chCode;
+  heard.Record("frame", [&] { heard.images.push_back(std::move(image)); });
+  if (heard.duringImage) heard.duringImage();
+}
+
+unsigned long long HostClockUs() {
+  return static_cast<unsigned long long>(std::chrono::duration_cast<std::chrono::microseconds>(
+                                             std::chrono::system_clock::now().time_since_epoch())
+                                             .count());
+}
+
+unsigned long long LittleEndian(const std::vector<unsigned char>& bytes) {
+  unsigned long long value = 0;
+  for (size_t i = bytes.size(); i-- > 0;) value = value << 8 | bytes[i];
+  return value;
+}
+
+class CallbackTest : public VirtualReaderTest {
+ protected:
+  // Opened and sized, not started; frames come briskly once it is.
+  static void* Ready(const char* serial, bool triggered = false) {
+    void* handle = Open(serial);
+    EXPECT_EQ(0, QUORIN_SetIntValue(handle, "Width", 64));
+    EXPECT_EQ(0, QUORIN_SetIntValue(handle, "Height", 64));
+    EXPECT_EQ(0, QUORIN_SetFloatValue(handle, "AcquisitionFrameRate", 200));
+    EXPECT_EQ(0, QUORIN_SetEnumValue(handle, "TriggerMode", triggered ? 1 : 0));
+    return handle;
+  }
+
+  static void Listen(void* handle, Heard& heard) {
+    ASSERT_EQ(0, QUORIN_RegisterExceptionCallBack(handle, HearException, &heard));
+    ASSERT_EQ(0, QUORIN_RegisterAllEventCallBack(handle, HearEvent, &heard));
+    ASSERT_EQ(0, QUORIN_RegisterTriggerCallBack(handle, HearTrigger, &heard));
+    ASSERT_EQ(0, QUORIN_RegisterImageCallBackEx2(handle, HearImage, &heard));
+  }
+
+  static qsim::Frame FrameOf(unsigned int number, std::vector<unsigned char> image, const std::string& code) {
+    qsim::Frame frame;
+    frame.info.nFrameNum = number;
+    frame.info.nFrameLen = static_cast<unsigned int>(image.size());
+    frame.image = std::move(image);
+    frame.codes = {CodeWithText(1, code)};
+    return frame;
+  }
+};
+
+TEST_F(CallbackTest, RegistrationNeedsTheOpenReaderAndAChannelItHas) {
+  Heard first;
+  Heard second;
+  void* handle = Create(kMultiChannelReader);
+  EXPECT_EQ(qsim::kNotOpen, AsWord(QUORIN_RegisterExceptionCallBack(handle, HearException, &first)));
+  EXPECT_EQ(qsim::kInvalidHandle, AsWord(QUORIN_RegisterTriggerCallBack(nullptr, HearTrigger, &first)));
+  ASSERT_EQ(0, QUORIN_OpenDevice(handle));
+  EXPECT_EQ(0, QUORIN_MSC_RegisterImageCallBack(handle, 3, HearImage, &first));
+  EXPECT_EQ(qsim::kBadParameter, AsWord(QUORIN_MSC_RegisterImageCallBack(handle, 4, HearImage, &first)));
+  EXPECT_EQ(qsim::kBadParameter, AsWord(QUORIN_RegisterAllEventCallBack(handle, nullptr, &first)));
+  const std::vector<qsim::Call> channels = qsim::CallsTo("QUORIN_MSC_RegisterImageCallBack");
+  ASSERT_EQ(2u, channels.size());
+  EXPECT_EQ(handle, channels[0].handle);
+  EXPECT_EQ(std::vector<unsigned long long>{3}, channels[0].numbers);
+  EXPECT_TRUE(qsim::CallsTo("QUORIN_RegisterExceptionCallBack").at(0).numbers.empty());
+
+  // The later registration replaces the earlier; a null one with null user data ends it.
+  ASSERT_EQ(0, QUORIN_RegisterExceptionCallBack(handle, HearException, &first));
+  ASSERT_EQ(0, QUORIN_RegisterExceptionCallBack(handle, HearException, &second));
+  EXPECT_TRUE(qsim::FireException(handle, 5));
+  EXPECT_TRUE(first.exceptions.empty());
+  EXPECT_EQ(std::vector<unsigned int>{5}, second.exceptions);
+  ASSERT_EQ(0, QUORIN_RegisterExceptionCallBack(handle, nullptr, nullptr));
+  EXPECT_FALSE(qsim::FireException(handle, 6));
+  EXPECT_TRUE(qsim::FireImage(handle, FrameOf(1, {1}, "QN-1"), 3));
+  EXPECT_FALSE(qsim::FireImage(handle, FrameOf(2, {1}, "QN-2"), 0));  // the Ex2 form would be channel 0
+
+  // A scripted status replaces the registration; closing ends every registration.
+  qsim::ScriptStatus("QUORIN_RegisterTriggerCallBack", qsim::kResource);
+  EXPECT_EQ(qsim::kResource, AsWord(QUORIN_RegisterTriggerCallBack(handle, HearTrigger, &first)));
+  EXPECT_FALSE(qsim::FireTrigger(handle, QUORIN_TRIGGER_INFO_DATA{}));
+  ASSERT_EQ(0, QUORIN_RegisterImageCallBackEx2(handle, HearImage, &first));
+  ASSERT_EQ(0, QUORIN_CloseDevice(handle));
+  ASSERT_EQ(0, QUORIN_OpenDevice(handle));
+  EXPECT_FALSE(qsim::FireImage(handle, FrameOf(3, {1}, "QN-3"), 0));
+  EXPECT_FALSE(qsim::FireImage(handle, FrameOf(4, {1}, "QN-4"), 3));
+  int notAHandle = 0;
+  EXPECT_THROW(qsim::FireException(&notAHandle, 1), std::invalid_argument);
+  EXPECT_THROW(qsim::FireImage(handle, FrameOf(5, {1}, "QN-5"), qsim::kMaxChannels), std::invalid_argument);
+}
+
+TEST_F(CallbackTest, FiredCallbacksRunOnAStandInThreadAndReturnFirst) {
+  void* handle = Open(k2DReader);  // not grabbing: fired callbacks need none
+  Heard heard;
+  Listen(handle, heard);
+  EXPECT_TRUE(qsim::FireException(handle, 0x80000001u));
+  QUORIN_EVENT_OUT_INFO event{};
+  std::strcpy(event.EventName, "Custom");
+  event.nEventID = 0xFFFF;
+  EXPECT_TRUE(qsim::FireEvent(handle, event, {1, 2, 3}));
+  unsigned char given[2] = {7, 8};
+  event.pEventData = given;
+  event.nEventDataSize = 2;
+  EXPECT_TRUE(qsim::FireEvent(handle, event, {}));   // delivered as given
+  EXPECT_TRUE(qsim::FireEvent(handle, event, {9}));  // the data replaces it
+  event.pEventData = nullptr;
+  event.nEventDataSize = 5;
+  EXPECT_TRUE(qsim::FireEvent(handle, event, {}));
+  QUORIN_TRIGGER_INFO_DATA trigger{};
+  trigger.nTriggerIndex = 41;
+  trigger.nHostTimeStamp = 0x8000000000000123ull;
+  EXPECT_TRUE(qsim::FireTrigger(handle, trigger));
+  EXPECT_TRUE(qsim::FireImage(handle, FrameOf(12, {4, 5, 6}, "QN-FIRED")));
+
+  // Everything is there at once: each Fire returned after its callback had.
+  EXPECT_FALSE(heard.HeardOn(std::this_thread::get_id()));
+  EXPECT_EQ(std::vector<unsigned int>{0x80000001u}, heard.exceptions);
+  EXPECT_EQ((std::vector<std::vector<unsigned char>>{{1, 2, 3}, {7, 8}, {9}, {}}), heard.eventData);
+  EXPECT_EQ(0xFFFF, heard.events[0].nEventID);
+  EXPECT_STREQ("Custom", heard.events[0].EventName);
+  EXPECT_EQ(given, heard.events[1].pEventData);
+  EXPECT_NE(nullptr, heard.events[3].pEventData);
+  EXPECT_EQ(0u, heard.events[3].nEventDataSize);
+  ASSERT_EQ(1u, heard.triggers.size());
+  EXPECT_EQ(41u, heard.triggers[0].nTriggerIndex);
+  EXPECT_EQ(0x8000000000000123ull, heard.triggers[0].nHostTimeStamp);
+  ASSERT_EQ(1u, heard.images.size());
+  EXPECT_EQ(12u, heard.images[0].number);
+  EXPECT_EQ((std::vector<unsigned char>{4, 5, 6}), heard.images[0].bytes);
+  EXPECT_EQ("QN-FIRED", heard.images[0].firstCode);
+  EXPECT_EQ(1u, qsim::CallbackDeliveries(handle));
+}
+
+TEST_F(CallbackTest, FramesOfAChannelWithAnImageCallbackSkipItsQueue) {
+  void* handle = Ready(kMultiChannelReader);
+  Heard heard;
+  ASSERT_EQ(0, QUORIN_MSC_RegisterImageCallBack(handle, 2, HearImage, &heard));
+  ASSERT_EQ(0, QUORIN_StartGrabbing(handle));
+  ASSERT_TRUE(heard.AwaitImages(6));
+  EXPECT_EQ(qsim::kNoData, AsWord(FetchChannel(handle, 2, 50).status));  // nothing queued there
+  EXPECT_EQ(0, FetchChannel(handle, 1).status);                          // the other channels queue
+  qsim::PushFrame(handle, FrameOf(77, {1, 2, 3}, "QN-PUSHED"), 2);      // returns after the callback
+  EXPECT_EQ(qsim::kNoData, AsWord(FetchChannel(handle, 2, 0).status));
+  ASSERT_EQ(0, QUORIN_StopGrabbing(handle));
+
+  std::vector<unsigned int> produced;
+  const Heard::Image* pushed = nullptr;
+  for (const Heard::Image& image : heard.images) {
+    if (image.number == 77) pushed = &image;
+    else produced.push_back(image.number);
+  }
+  ASSERT_NE(nullptr, pushed);
+  EXPECT_EQ((std::vector<unsigned char>{1, 2, 3}), pushed->bytes);
+  EXPECT_EQ("QN-PUSHED", pushed->firstCode);
+  for (unsigned int i = 0; i < produced.size(); ++i) {
+    EXPECT_EQ(qsim::kFirstFrameNumber + i, produced[i]);  // every frame once, in order, across the wrap
+  }
+  EXPECT_EQ(64u * 64u, heard.images[0].bytes.size());
+  EXPECT_EQ(heard.images.size(), qsim::CallbackDeliveries(handle, 2));
+  EXPECT_EQ(0u, qsim::CallbackDeliveries(handle, 1));
+  EXPECT_FALSE(heard.HeardOn(std::this_thread::get_id()));
+
+  // Unregistered, the channel queues its frames again.
+  ASSERT_EQ(0, QUORIN_MSC_RegisterImageCallBack(handle, 2, nullptr, nullptr));
+  const size_t heardBefore = heard.images.size();
+  ASSERT_EQ(0, QUORIN_StartGrabbing(handle));
+  EXPECT_EQ(0, FetchChannel(handle, 2).status);
+  EXPECT_EQ(heardBefore, heard.ImageCount());
+  EXPECT_EQ(0u, qsim::CallbackDeliveries(handle, 2));  // counted from the start
+}
+
+TEST_F(CallbackTest, EachRunIsFramedByEventsAndEachFrameFollowsItsTrigger) {
+  void* handle = Ready(k2DReader, true);
+  Heard heard;
+  Listen(handle, heard);
+  const unsigned long long hostBefore = HostClockUs();
+  ASSERT_EQ(0, QUORIN_StartGrabbing(handle));
+  for (int trigger = 0; trigger < 3; ++trigger) ASSERT_EQ(0, QUORIN_SetCommandValue(handle, "TriggerSoftware"));
+  ASSERT_TRUE(heard.AwaitImages(3));
+  ASSERT_EQ(0, QUORIN_StopGrabbing(handle));  // the end event is heard before it returns
+  const unsigned long long hostAfter = HostClockUs();
+
+  EXPECT_EQ((std::vector<std::string>{"AcquisitionStart", "trigger", "frame", "trigger", "frame", "trigger", "frame",
+                                      "AcquisitionEnd"}),
+            heard.log);
+  EXPECT_FALSE(heard.HeardOn(std::this_thread::get_id()));
+  ASSERT_EQ(3u, heard.triggers.size());
+  ASSERT_EQ(2u, heard.events.size());
+  for (unsigned int i = 0; i < 3; ++i) {
+    const QUORIN_TRIGGER_INFO_DATA& trigger = heard.triggers[i];
+    EXPECT_EQ(i + 1, trigger.nTriggerIndex);
+    EXPECT_EQ(i + 1, heard.images[i].triggerIndex);
+    EXPECT_EQ(qsim::kSoftwareTriggerFlag, trigger.nTriggerFlag);
+    EXPECT_EQ(heard.images[i].time, 1ULL * trigger.nTriggerTimeHigh << 32 | trigger.nTriggerTimeLow);
+    EXPECT_EQ(1, trigger.nIsMainCam);
+    EXPECT_TRUE(trigger.nHostTimeStamp >= hostBefore && trigger.nHostTimeStamp <= hostAfter);
+  }
+  const QUORIN_EVENT_OUT_INFO& start = heard.events[0];
+  const QUORIN_EVENT_OUT_INFO& end = heard.events[1];
+  EXPECT_EQ(qsim::kAcquisitionStartEventId, start.nEventID);
+  EXPECT_EQ(qsim::kAcquisitionEndEventId, end.nEventID);
+  EXPECT_EQ(0u, start.nBlockIdLow);
+  EXPECT_EQ(3u, end.nBlockIdLow);  // frame sets made in the run
+  ASSERT_EQ(8u, heard.eventData[0].size());
+  const unsigned long long startTime = LittleEndian(heard.eventData[0]);
+  const unsigned long long endTime = LittleEndian(heard.eventData[1]);
+  EXPECT_EQ(startTime, 1ULL * start.nTimestampHigh << 32 | start.nTimestampLow);
+  EXPECT_EQ(endTime, 1ULL * end.nTimestampHigh << 32 | end.nTimestampLow);
+  EXPECT_TRUE(startTime <= heard.images[0].time && heard.images[2].time <= endTime);
+
+  // In free run every frame has its notice too, numbered from 1 again.
+  Heard freeRun;
+  Listen(handle, freeRun);
+  ASSERT_EQ(0, QUORIN_SetEnumValue(handle, "TriggerMode", 0));
+  ASSERT_EQ(0, QUORIN_StartGrabbing(handle));
+  ASSERT_TRUE(freeRun.AwaitImages(5));
+  ASSERT_EQ(0, QUORIN_StopGrabbing(handle));
+  const size_t images = freeRun.images.size();
+  ASSERT_GE(freeRun.triggers.size(), images);
+  EXPECT_LE(freeRun.triggers.size(), images + 1);  // the stop may fall between a notice and its frame
+  for (unsigned int i = 0; i < images; ++i) {
+    EXPECT_EQ(i + 1, freeRun.triggers[i].nTriggerIndex);
+    EXPECT_EQ(qsim::kFreeRunTriggerFlag, freeRun.triggers[i].nTriggerFlag);
+    EXPECT_EQ(freeRun.images[i].time,
+              1ULL * freeRun.triggers[i].nTriggerTimeHigh << 32 | freeRun.triggers[i].nTriggerTimeLow);
+  }
+}
+
+TEST_F(CallbackTest, StopAndDestroyWaitForARunningCallbackThatMayCallTheSdk) {
+  void* handle = Ready(k2DReader);
+  Heard heard;
+  std::atomic<int> entered{0};
+  std::atomic<bool> left{false};
+  std::atomic<unsigned int> widthStatus{1};
+  heard.duringImage = [&] {
+    if (entered++ > 0) return;
+    std::this_thread::sleep_for(std::chrono::milliseconds(150));
+    QUORIN_INT_VALUE width{};
+    widthStatus = AsWord(QUORIN_GetIntValue(handle, "Width", &width));  // the SDK is free while Stop waits
+    left = true;
+  };
+  ASSERT_EQ(0, QUORIN_RegisterImageCallBackEx2(handle, HearImage, &heard));
+  ASSERT_EQ(0, QUORIN_StartGrabbing(handle));
+  while (entered == 0) std::this_thread::yield();
+  EXPECT_EQ(0, QUORIN_StopGrabbing(handle));
+  EXPECT_TRUE(left);
+  EXPECT_EQ(0u, widthStatus);
+  const size_t heardAtStop = heard.ImageCount();
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  EXPECT_EQ(heardAtStop, heard.ImageCount());
+
+  // Destroying waits for a callback fired on another thread.
+  entered = 0;
+  left = false;
+  bool fired = false;
+  std::thread firing([&] { fired = qsim::FireImage(handle, FrameOf(1, {1}, "QN-1")); });
+  while (entered == 0) std::this_thread::yield();
+  EXPECT_EQ(0, QUORIN_DestroyHandle(handle));
+  EXPECT_TRUE(left);
+  firing.join();
+  EXPECT_TRUE(fired);
+}
+
+TEST_F(CallbackTest, ACallbackMayStopOrCloseItsOwnReader) {
+  void* handle = Ready(k2DReader);
+  Heard heard;
+  std::atomic<int> seen{0};
+  std::atomic<unsigned int> stopStatus{1};
+  std::atomic<unsigned int> closeStatus{1};
+  heard.duringImage = [&] {
+    const int frame = ++seen;
+    if (frame == 3) stopStatus = AsWord(QUORIN_StopGrabbing(handle));
+    if (frame == 6) closeStatus = AsWord(QUORIN_CloseDevice(handle));
+  };
+  ASSERT_EQ(0, QUORIN_RegisterAllEventCallBack(handle, HearEvent, &heard));
+  ASSERT_EQ(0, QUORIN_RegisterImageCallBackEx2(handle, HearImage, &heard));
+  ASSERT_EQ(0, QUORIN_StartGrabbing(handle));
+  while (stopStatus == 1) std::this_thread::yield();
+  EXPECT_EQ(0u, stopStatus);
+  EXPECT_EQ(qsim::kWrongCallOrder, AsWord(QUORIN_StopGrabbing(handle)));
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  EXPECT_EQ(3u, heard.ImageCount());  // nothing after the frame whose callback stopped
+
+  // A new start while that producer may still be unwinding: it waits its turn, and the events keep order.
+  ASSERT_EQ(0, QUORIN_StartGrabbing(handle));
+  while (closeStatus == 1) std::this_thread::yield();
+  EXPECT_EQ(0u, closeStatus);
+  EXPECT_EQ(qsim::kNotOpen, AsWord(QUORIN_StopGrabbing(handle)));
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  std::lock_guard<std::mutex> lock(heard.mutex);
+  EXPECT_EQ(6u, heard.images.size());
+  EXPECT_EQ((std::vector<std::string>{"AcquisitionStart", "frame", "frame", "frame", "AcquisitionEnd",
+                                      "AcquisitionStart", "frame", "frame", "frame"}),
+            heard.log);  // closing dropped the event callback before the second end
+}
+
+TEST_F(CallbackTest, DisconnectReportsOnceEndsTheFramesAndLeavesTheHandleGone) {
+  void* handle = Ready(k2DReader);
+  Heard heard;
+  Listen(handle, heard);
+  ASSERT_EQ(0, QUORIN_StartGrabbing(handle));
+  ASSERT_TRUE(heard.AwaitImages(2));
+  Delivered waiting;  // frames go to the callback, so this fetch waits
+  std::thread waiter([&] { waiting = FetchEx2(handle, 60000); });
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  qsim::SimulateDisconnect(handle);
+  waiter.join();
+  EXPECT_EQ(qsim::kDeviceGone, AsWord(waiting.status));
+  const size_t heardAtLoss = heard.ImageCount();
+  qsim::SimulateDisconnect(handle);
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  {
+    std::lock_guard<std::mutex> lock(heard.mutex);
+    EXPECT_EQ(std::vector<unsigned int>{QUORIN_EXCEPTION_DEV_DISCONNECT}, heard.exceptions);
+    EXPECT_EQ("exception", heard.log.back());  // no frame after it
+    std::vector<std::string> events;
+    for (const QUORIN_EVENT_OUT_INFO& event : heard.events) events.emplace_back(event.EventName);
+    EXPECT_EQ(std::vector<std::string>{"AcquisitionStart"}, events);  // a lost device sends no end event
+    EXPECT_EQ(heardAtLoss, heard.images.size());
+    EXPECT_EQ(0u, heard.threads.count(std::this_thread::get_id()));
+  }
+
+  QUORIN_INT_VALUE width{};
+  QUORIN_DEVICE_INFO info{};
+  for (int status : {QUORIN_StopGrabbing(handle), QUORIN_StartGrabbing(handle), QUORIN_GetIntValue(handle, "Width", &width),
+                     QUORIN_SetCommandValue(handle, "TriggerSoftware"), FetchEx2(handle, 0).status,
+                     QUORIN_GetDeviceInfo(handle, &info), QUORIN_OpenDevice(handle),
+                     QUORIN_RegisterExceptionCallBack(handle, nullptr, nullptr)}) {
+    EXPECT_EQ(qsim::kDeviceGone, AsWord(status));
+  }
+  EXPECT_EQ(qsim::kAccessDenied, AsWord(QUORIN_OpenDevice(Create(k2DReader))));  // still held
+
+  // Closed, the handle can reach the reader again.
+  EXPECT_EQ(0, QUORIN_CloseDevice(handle));
+  EXPECT_THROW(qsim::SimulateDisconnect(handle), std::invalid_argument);
+  ASSERT_EQ(0, QUORIN_OpenDevice(handle));
+  EXPECT_EQ(0, QUORIN_GetIntValue(handle, "Width", &width));
+  EXPECT_EQ(0, QUORIN_StartGrabbing(handle));
+  EXPECT_EQ(0, FetchEx2(handle).status);
+  EXPECT_FALSE(qsim::FireException(handle, 1));  // the registrations ended with the close
 }
 
 }  // namespace

@@ -25,15 +25,30 @@ constexpr unsigned int kNotOpen = 0x80060007;         // the handle has not open
 constexpr unsigned int kNoData = 0x80060008;          // no frame within the time-out
 constexpr unsigned int kAccessDenied = 0x80060009;    // the reader is held through another handle
 constexpr unsigned int kResource = 0x8006000A;        // out of memory or buffers
+constexpr unsigned int kDeviceGone = 0x8006000B;      // the connection to the open reader was lost
 constexpr unsigned int kUnknownNode = 0x80060101;     // no feature node of that name
 constexpr unsigned int kWrongNodeType = 0x80060102;   // node exists with another type
 constexpr unsigned int kOutOfRange = 0x80060103;      // value outside the node's range or increment
 constexpr unsigned int kNotWritable = 0x80060104;
 constexpr unsigned int kNotReadable = 0x80060105;
+constexpr unsigned int kBufferTooSmall = 0x80060201;        // the output does not fit; its length is reported
+constexpr unsigned int kNoSuchFile = 0x80060202;            // a host file that cannot be read or written
+constexpr unsigned int kNoSuchDeviceFile = 0x80060203;      // the reader keeps no file of that name
+constexpr unsigned int kUnsupportedFormat = 0x80060204;     // an image type other than BMP, JPEG or PNG
+constexpr unsigned int kUnsupportedPixelType = 0x80060205;  // pixels other than Mono8
+constexpr unsigned int kImageTooShort = 0x80060206;         // fewer bytes than width x height
+constexpr unsigned int kBadFirmware = 0x80060207;           // an empty firmware file
 constexpr unsigned int kUnknown = 0x800600FF;
 
 // Version word reported until SetSdkVersion: 3.1.0.5.
 constexpr unsigned int kDefaultSdkVersion = 0x03010005;
+
+// Device events of grabbing, with 8 bytes of data: the device time in microseconds, little-endian.
+constexpr unsigned short kAcquisitionStartEventId = 0x9001;  // "AcquisitionStart"
+constexpr unsigned short kAcquisitionEndEventId = 0x9002;    // "AcquisitionEnd"; none when the device is lost
+// nTriggerFlag of a trigger notice: the frame was made in free run, or by a software trigger.
+constexpr unsigned int kFreeRunTriggerFlag = 0;
+constexpr unsigned int kSoftwareTriggerFlag = 1;
 
 // Frames waiting per channel; when a queue is full the oldest frame is lost.
 constexpr unsigned int kFrameQueueCapacity = 8;
@@ -116,8 +131,9 @@ struct Frame {
 
 // Whether producers make frames (default on; Reset turns it on). Pushed frames come either way.
 QSIM_API void SetAutoFrames(bool on);
-// Queued like a produced frame, grabbing or not; StopGrabbing drops what is queued.
-// A channel of kMaxChannels or more throws std::invalid_argument.
+// Queued like a produced frame, grabbing or not; StopGrabbing drops what is queued. While grabbing,
+// a channel with an image callback hands the frame to it instead, on a thread of the stand-in, and
+// PushFrame returns after the callback. A channel of kMaxChannels or more throws std::invalid_argument.
 QSIM_API void PushFrame(void* handle, const Frame& frame, unsigned int channel = 0);
 // Every later fetch on that channel returns this frame at once, its nFrameNum one higher each
 // time, with no waiting and no copying per fetch (for benchmarks); cleared by Reset or StopGrabbing.
@@ -125,4 +141,32 @@ QSIM_API void RepeatFrame(void* handle, const Frame& frame, unsigned int channel
 // Oldest frames lost to a full queue on that channel since grabbing last started.
 QSIM_API unsigned long long FramesDropped(void* handle, unsigned int channel = 0);
 
+// Callbacks. Registrations need the reader held open through the handle and end when it closes;
+// QUORIN_RegisterImageCallBackEx2 registers for channel 0. Every callback runs on a thread of the
+// stand-in: produced frames, their trigger notices (one per frame, before it) and the grabbing events
+// on the reader's producer, the rest on a thread made for the call. StopGrabbing, CloseDevice,
+// DestroyHandle and Reset return only once no callback of the reader runs any more, apart from one
+// the caller is itself inside. The controls below throw std::invalid_argument for a handle that is
+// not a live device handle, and for a channel of kMaxChannels or more.
+
+// Each Fire* runs the reader's registered callback once on a thread of the stand-in and returns after
+// it has returned; false when no callback is registered for it.
+QSIM_API bool FireException(void* handle, unsigned int msgType);
+// pEventData/nEventDataSize are set from `data` unless data is empty and event.pEventData is non-null
+// (then the event is delivered as given).
+QSIM_API bool FireEvent(void* handle, const QUORIN_EVENT_OUT_INFO& event, const std::vector<unsigned char>& data);
+QSIM_API bool FireTrigger(void* handle, const QUORIN_TRIGGER_INFO_DATA& trigger);
+// The frame is materialised as a fetch would deliver it; grabbing or not.
+QSIM_API bool FireImage(void* handle, const Frame& frame, unsigned int channel = 0);
+// The reader held open through `handle` drops off the network: grabbing ends (waiting fetches answer
+// kDeviceGone), the exception callback gets QUORIN_EXCEPTION_DEV_DISCONNECT once, on a thread of the
+// stand-in, before this returns, and every later SDK call on the handle answers kDeviceGone until it
+// is closed or destroyed; after closing, the reader can be opened again. Throws std::invalid_argument
+// when the handle does not hold its reader open.
+QSIM_API void SimulateDisconnect(void* handle);
+// Image callbacks delivered on that channel since grabbing last started.
+QSIM_API unsigned long long CallbackDeliveries(void* handle, unsigned int channel = 0);
+
 }  // namespace qsim
+
+#include "QuorinSimJobs.h"

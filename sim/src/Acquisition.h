@@ -1,5 +1,5 @@
 // Grabbing on one reader: a producer thread that makes frames into one bounded queue per
-// channel, and the fetches that take them out.
+// channel, or hands them to the channel's image callback, and the fetches that take them out.
 #pragma once
 
 #include <array>
@@ -7,9 +7,12 @@
 #include <chrono>
 #include <condition_variable>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <thread>
+#include <vector>
 
+#include "CallbackTable.h"
 #include "FrameChannel.h"
 #include "FrameSynthesis.h"
 #include "QuorinSim.h"
@@ -25,9 +28,14 @@ struct ProducerSettings {
   double frameRate = 10;   // frames per second in free run
 };
 
+enum class StopCause { kRequested, kDeviceLost };
+
+// The channel, checked against what a reader can serve: throws std::invalid_argument beyond it.
+unsigned int CheckedChannel(unsigned int channel);
+
 class Acquisition {
  public:
-  Acquisition(std::function<ProducerSettings()> settings, FrameSynthesizer synthesizer);
+  Acquisition(std::function<ProducerSettings()> settings, FrameSynthesizer synthesizer, CallbackTable& callbacks);
   ~Acquisition();
   Acquisition(const Acquisition&) = delete;
   Acquisition& operator=(const Acquisition&) = delete;
@@ -35,8 +43,12 @@ class Acquisition {
   // Whether producers make frames at all; pushed frames arrive either way.
   static void SetAutoFrames(bool on);
 
+  // Neither waits, so both may run under the registry's lock; Settle does the waiting.
   Status Start(unsigned int channelCount);  // kBusy while grabbing
-  Status Stop();                             // joins the producer; kWrongCallOrder when idle
+  // kWrongCallOrder when idle. Fetches are refused from now on: kDeviceGone for a lost device.
+  Status Stop(StopCause cause = StopCause::kRequested);
+  // Returns once every stopped producer has ended, apart from the calling thread's own.
+  void Settle();
   bool Grabbing() const { return activeChannels_.load() != 0; }
   void Trigger();  // one frame on every channel, once the producer sees the trigger
 
@@ -44,6 +56,7 @@ class Acquisition {
                QUORIN_IMAGE_OUT_INFO_EX2* info);
   // Test control; a channel of kMaxChannels or more throws std::invalid_argument.
   void Push(const Frame& frame, unsigned int channel);
+  bool Fire(const Frame& frame, unsigned int channel);  // to the image callback alone; false without one
   void Repeat(const Frame& frame, unsigned int channel);
   unsigned long long Dropped(unsigned int channel);
   void Release();  // frees the delivered frames; the device is closing
@@ -52,28 +65,46 @@ class Acquisition {
   using Clock = std::chrono::steady_clock;
   enum class Next { kStop, kAgain, kMake };
 
-  void Run();
-  Next AwaitNextFrame(const ProducerSettings& settings, Clock::time_point& due, unsigned int& triggerIndex);
-  void MakeFrames(const ProducerSettings& settings, unsigned int triggerIndex);
-  void Publish(unsigned int channel, QueuedFrame&& frame);
-  static unsigned int Checked(unsigned int channel);  // throws beyond kMaxChannels
+  // One start-to-stop of grabbing. `channels` is fixed before its producer starts; the rest is
+  // guarded by mutex_.
+  struct Session {
+    unsigned int channels = 1;
+    bool stopping = false;
+    bool deviceLost = false;
+    bool ended = false;  // its producer has returned
+    unsigned int pendingTriggers = 0;
+    unsigned int triggersServed = 0;
+    std::thread producer;
+  };
+
+  void Produce(const std::shared_ptr<Session>& session);
+  void AwaitEarlierSessions(const Session& own);
+  bool Stopping(const Session& session);
+  Next AwaitNextFrame(Session& session, const ProducerSettings& settings, Clock::time_point& due,
+                      unsigned int& triggerIndex);
+  void MakeFrames(const Session& session, const ProducerSettings& settings, unsigned int triggerIndex);
+  void Announce(const char* name, unsigned short eventId);
+  // Produced frames carry their session, pushed ones none.
+  void Publish(unsigned int channel, QueuedFrame&& frame, const Session* session);
+  bool Serve(unsigned int channel, QueuedFrame& frame);  // to the image callback, if there is one
 
   const std::function<ProducerSettings()> settings_;
+  CallbackTable& callbacks_;
   std::array<FrameChannel, kMaxChannels> channels_;
   std::atomic<unsigned int> activeChannels_{0};  // 0 while not grabbing
+  DeliveryPool deliveries_;
 
-  // The producer's own state: set by Start before the thread runs, then touched by it alone.
+  // The producers' own state: producers run one at a time, each resetting it first.
   FrameSynthesizer synthesizer_;
-  unsigned int producedChannels_ = 0;
   std::array<unsigned int, kMaxChannels> nextFrameNumber_{};
   std::array<unsigned long long, kMaxChannels> sequence_{};
-  std::thread producer_;
+  unsigned long long shots_ = 0;  // frame sets made since grabbing started
 
-  std::mutex mutex_;  // guards the three below
-  std::condition_variable wake_;
-  bool stopping_ = false;
-  unsigned int pendingTriggers_ = 0;
-  unsigned int triggersServed_ = 0;
+  std::mutex mutex_;  // guards the sessions, and each frame's passage into a queue
+  std::condition_variable wake_;     // producers: a trigger or a stop
+  std::condition_variable changed_;  // a producer ended
+  std::shared_ptr<Session> current_;
+  std::vector<std::shared_ptr<Session>> stopped_;  // producers not yet joined
 };
 
 }  // namespace qsim

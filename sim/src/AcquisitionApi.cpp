@@ -31,7 +31,7 @@ QUORIN_API int QUORIN_StartGrabbing(void* handle) {
 
 QUORIN_API int QUORIN_StopGrabbing(void* handle) {
   return Dispatch(CallBuilder(__func__).Handle(handle), [&] {
-    return Model().WithOpenReader(handle, [](VirtualReader& reader) { return reader.StopGrabbing(); });
+    return Model().WithOpenReaderSettled(handle, [](VirtualReader& reader) { return reader.StopGrabbing(); });
   });
 }
 

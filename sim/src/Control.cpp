@@ -1,4 +1,5 @@
 // The control interface: what tests do to the stand-in besides calling the SDK.
+#include <memory>
 #include <stdexcept>
 #include <string>
 
@@ -7,6 +8,7 @@
 #include "FeatureNodes.h"
 #include "QuorinSim.h"
 #include "ReaderRegistry.h"
+#include "StandInThread.h"
 
 namespace qsim {
 namespace {
@@ -23,6 +25,28 @@ void OnReader(void* handle, const char* control, Work work) {
 void DefineNode(void* handle, const char* control, const std::string& name, FeatureNode node) {
   OnReader(handle, control, [&](VirtualReader& reader) { reader.Nodes().Define(name, std::move(node)); });
 }
+
+// The reader behind a device handle, for work that may run callbacks: that must happen outside the
+// registry's lock, which a callback calling the SDK needs.
+std::shared_ptr<VirtualReader> ReaderFor(void* handle, const char* control) {
+  std::shared_ptr<VirtualReader> reader = ReaderRegistry::Instance().ReaderOf(handle);
+  if (reader == nullptr) {
+    throw std::invalid_argument(std::string("qsim::") + control + ": not a live device handle");
+  }
+  return reader;
+}
+
+// Runs `deliver` on the reader's callbacks on a thread of the stand-in; whether a callback ran.
+template <typename Deliver>
+bool Fire(void* handle, const char* control, Deliver deliver) {
+  const std::shared_ptr<VirtualReader> reader = ReaderFor(handle, control);
+  bool delivered = false;
+  RunOnStandInThread([&] { delivered = deliver(reader->Callbacks()); });
+  return delivered;
+}
+
+// What an event's data points to when it has none: a reader of zero bytes never gets null.
+unsigned char kNoEventData[1] = {0};
 
 }  // namespace
 
@@ -86,7 +110,7 @@ void RemoveNode(void* handle, const std::string& name) {
 void SetAutoFrames(bool on) { Acquisition::SetAutoFrames(on); }
 
 void PushFrame(void* handle, const Frame& frame, unsigned int channel) {
-  OnReader(handle, __func__, [&](VirtualReader& reader) { reader.Frames().Push(frame, channel); });
+  ReaderFor(handle, __func__)->Frames().Push(frame, channel);
 }
 
 void RepeatFrame(void* handle, const Frame& frame, unsigned int channel) {
@@ -97,6 +121,48 @@ unsigned long long FramesDropped(void* handle, unsigned int channel) {
   unsigned long long dropped = 0;
   OnReader(handle, __func__, [&](VirtualReader& reader) { dropped = reader.Frames().Dropped(channel); });
   return dropped;
+}
+
+bool FireException(void* handle, unsigned int msgType) {
+  return Fire(handle, __func__, [&](CallbackTable& callbacks) { return callbacks.Exception(msgType); });
+}
+
+bool FireEvent(void* handle, const QUORIN_EVENT_OUT_INFO& event, const std::vector<unsigned char>& data) {
+  std::vector<unsigned char> bytes = data;  // the callback's own copy, valid for the call
+  QUORIN_EVENT_OUT_INFO delivered = event;
+  if (!bytes.empty() || event.pEventData == nullptr) {
+    delivered.pEventData = bytes.empty() ? kNoEventData : bytes.data();
+    delivered.nEventDataSize = static_cast<unsigned int>(bytes.size());
+  }
+  return Fire(handle, __func__, [&](CallbackTable& callbacks) { return callbacks.Event(delivered); });
+}
+
+bool FireTrigger(void* handle, const QUORIN_TRIGGER_INFO_DATA& trigger) {
+  return Fire(handle, __func__, [&](CallbackTable& callbacks) { return callbacks.Trigger(trigger); });
+}
+
+bool FireImage(void* handle, const Frame& frame, unsigned int channel) {
+  return ReaderFor(handle, __func__)->Frames().Fire(frame, channel);
+}
+
+void SimulateDisconnect(void* handle) {
+  const std::shared_ptr<VirtualReader> reader = ReaderFor(handle, __func__);
+  const Status status = ReaderRegistry::Instance().WithOpenReader(handle, [](VirtualReader& open) {
+    open.Disconnect();
+    return Status{0};
+  });
+  if (status == kDeviceGone) {
+    return;  // lost before: its message went out then
+  }
+  if (status != 0) {
+    throw std::invalid_argument("qsim::SimulateDisconnect: the handle does not hold its reader open");
+  }
+  reader->Settle();  // no frame follows the message
+  RunOnStandInThread([&] { reader->Callbacks().Exception(QUORIN_EXCEPTION_DEV_DISCONNECT); });
+}
+
+unsigned long long CallbackDeliveries(void* handle, unsigned int channel) {
+  return ReaderFor(handle, __func__)->Callbacks().ImageDeliveries(CheckedChannel(channel));
 }
 
 }  // namespace qsim

@@ -112,16 +112,37 @@ void Delivery::HandOut(unsigned char** data, QUORIN_IMAGE_OUT_INFO_EX2* info) {
   *info = header_;
 }
 
+std::unique_ptr<Delivery> DeliveryPool::Take() {
+  std::lock_guard<std::mutex> lock(mutex_);
+  if (idle_.empty()) {
+    return std::make_unique<Delivery>();
+  }
+  std::unique_ptr<Delivery> delivery = std::move(idle_.back());
+  idle_.pop_back();
+  return delivery;
+}
+
+void DeliveryPool::Give(std::unique_ptr<Delivery> delivery) {
+  std::lock_guard<std::mutex> lock(mutex_);
+  idle_.push_back(std::move(delivery));
+}
+
+void DeliveryPool::Clear() {
+  std::lock_guard<std::mutex> lock(mutex_);
+  idle_.clear();
+}
+
 void FrameChannel::Open() {
   std::lock_guard<std::mutex> lock(mutex_);
   open_ = true;
   dropped_ = 0;
 }
 
-void FrameChannel::Close() {
+void FrameChannel::Close(Status answer) {
   {
     std::lock_guard<std::mutex> lock(mutex_);
     open_ = false;
+    closedAnswer_ = answer;
     queue_.clear();
     repeatPending_.reset();
     repeating_ = false;
@@ -156,7 +177,7 @@ Status FrameChannel::Fetch(unsigned int timeoutMs, unsigned char** data, QUORIN_
   ready_.wait_until(lock, deadline,
                     [&] { return !open_ || repeatPending_ || repeating_ || !queue_.empty(); });
   if (!open_) {
-    return kWrongCallOrder;
+    return closedAnswer_;
   }
   if (repeatPending_) {
     QueuedFrame frame = std::move(*repeatPending_);

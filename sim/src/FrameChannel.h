@@ -39,10 +39,24 @@ class Delivery {
   size_t usedWaybills_ = 0;
 };
 
+// Deliveries for image callbacks, reused from frame to frame. A delivery brought on inside another's
+// callback takes a second one instead of overwriting the frame the first callback is reading.
+class DeliveryPool {
+ public:
+  std::unique_ptr<Delivery> Take();
+  void Give(std::unique_ptr<Delivery> delivery);
+  void Clear();  // frees the idle ones; the device is closing
+
+ private:
+  std::mutex mutex_;
+  std::vector<std::unique_ptr<Delivery>> idle_;
+};
+
 class FrameChannel {
  public:
-  void Open();   // fetches are served; the drop count starts again
-  void Close();  // fetches are refused, waiting ones woken; queued and repeated frames dropped
+  void Open();  // fetches are served; the drop count starts again
+  // Fetches are refused with `answer`, waiting ones woken; queued and repeated frames dropped.
+  void Close(Status answer);
   // Queues a frame, open or not; a full queue loses its oldest frame.
   void Offer(QueuedFrame&& frame);
   void Repeat(QueuedFrame&& frame);
@@ -56,6 +70,7 @@ class FrameChannel {
   std::condition_variable ready_;
   std::deque<QueuedFrame> queue_;
   bool open_ = false;
+  Status closedAnswer_ = kWrongCallOrder;
   unsigned long long dropped_ = 0;
   std::optional<QueuedFrame> repeatPending_;  // delivered by the next fetch, then repeated
   bool repeating_ = false;

@@ -248,8 +248,8 @@ std::unique_ptr<CodeGenerator> RunningCodes(bool gbkTexts) {
 }
 
 FrameSynthesizer::FrameSynthesizer(const ReaderTraits& traits, std::shared_ptr<const FramePattern> pattern,
-                                   std::unique_ptr<CodeGenerator> codes)
-    : traits_(traits), pattern_(std::move(pattern)), codes_(std::move(codes)) {}
+                                   std::unique_ptr<CodeGenerator> codes, std::function<bool()> cutsWaybills)
+    : traits_(traits), pattern_(std::move(pattern)), codes_(std::move(codes)), cutsWaybills_(std::move(cutsWaybills)) {}
 
 QueuedFrame FrameSynthesizer::Make(const Shot& shot) {
   QueuedFrame made;
@@ -259,7 +259,7 @@ QueuedFrame FrameSynthesizer::Make(const Shot& shot) {
   if (traits_.decodes) {
     frame.codes = codes_->Codes(shot, made.phase);
   }
-  if (traits_.cutsWaybills) {
+  if (cutsWaybills_()) {
     frame.waybills = CutWaybills(shot, made.phase, frame.codes);
   }
   frame.info = HeaderOf(shot, frame.codes.size());

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -61,11 +62,11 @@ struct QueuedFrame {
   unsigned int phase = 0;
 };
 
-// Builds the produced frames of one reader.
+// Builds the produced frames of one reader; `cutsWaybills` is asked for every frame.
 class FrameSynthesizer {
  public:
   FrameSynthesizer(const ReaderTraits& traits, std::shared_ptr<const FramePattern> pattern,
-                   std::unique_ptr<CodeGenerator> codes);
+                   std::unique_ptr<CodeGenerator> codes, std::function<bool()> cutsWaybills);
   QueuedFrame Make(const Shot& shot);
 
  private:
@@ -75,6 +76,7 @@ class FrameSynthesizer {
   ReaderTraits traits_;
   std::shared_ptr<const FramePattern> pattern_;
   std::unique_ptr<CodeGenerator> codes_;
+  std::function<bool()> cutsWaybills_;
 };
 
 // An 8-bit grey BMP file: grey palette of 256 entries, bottom-up rows padded to 4 bytes.

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "JobSettings.h"
+
 namespace qsim {
 
 ReaderRegistry& ReaderRegistry::Instance() {
@@ -13,14 +15,27 @@ ReaderRegistry& ReaderRegistry::Instance() {
 ReaderRegistry::ReaderRegistry() { Reset(); }
 
 void ReaderRegistry::Reset() {
+  RestoreJobSettings();
   SetReaders(DefaultReaders());
-  std::lock_guard<std::mutex> lock(mutex_);
-  listed_.clear();
-  devices_.ForEachLive([](const void* handle, DeviceHandle& device) { device.reader->Close(handle); });
-  devices_.RetireAll();
-  upgrades_.RetireAll();
-  sdkVersion_ = kDefaultSdkVersion;
-  accessible_ = true;
+  std::vector<std::shared_ptr<VirtualReader>> released;
+  {
+    std::lock_guard<std::mutex> lock(mutex_);
+    listed_.clear();
+    devices_.ForEachLive([&](const void* handle, DeviceHandle& device) {
+      if (device.reader->Close(handle) == 0) {
+        released.push_back(device.reader);
+      }
+    });
+    devices_.RetireAll();
+    // Upgrade threads never take this lock, so waiting for them here is safe.
+    upgrades_.ForEachLive([](const void*, UpgradeHandle& upgrade) { upgrade.upgrade.Close(); });
+    upgrades_.RetireAll();
+    sdkVersion_ = kDefaultSdkVersion;
+    accessible_ = true;
+  }
+  for (const std::shared_ptr<VirtualReader>& reader : released) {
+    reader->Settle();
+  }
 }
 
 void ReaderRegistry::SetReaders(const std::vector<QUORIN_DEVICE_INFO>& readers) {
@@ -106,10 +121,25 @@ Status ReaderRegistry::CreateHandleBySerialNumber(void** handle, const char* ser
                         [&](const VirtualReader& reader) { return reader.SerialNumber() == serial; });
 }
 
+template <typename Then>
+Status ReaderRegistry::CloseSettled(void* handle, Then then) {
+  std::shared_ptr<VirtualReader> closed;
+  const Status status = WithDevice(handle, [&](DeviceHandle& device) {
+    const Status closing = device.reader->Close(handle);
+    if (closing == 0) {
+      closed = device.reader;
+    }
+    return then(closing);
+  });
+  if (closed != nullptr) {
+    closed->Settle();
+  }
+  return status;
+}
+
 Status ReaderRegistry::DestroyHandle(void* handle) {
-  return WithDevice(handle, [&](DeviceHandle& device) {
-    // Destroying an open handle closes its reader, as unplugging the client would.
-    device.reader->Close(handle);
+  // Destroying an open handle closes its reader, as unplugging the client would.
+  return CloseSettled(handle, [&](Status) {
     devices_.Retire(handle);
     return Status{0};
   });
@@ -120,11 +150,14 @@ Status ReaderRegistry::OpenDevice(void* handle) {
 }
 
 Status ReaderRegistry::CloseDevice(void* handle) {
-  return WithDevice(handle, [&](DeviceHandle& device) { return device.reader->Close(handle); });
+  return CloseSettled(handle, [](Status closing) { return closing; });
 }
 
 Status ReaderRegistry::GetDeviceInfo(void* handle, QUORIN_DEVICE_INFO* info) {
   return WithDevice(handle, [&](DeviceHandle& device) {
+    if (device.reader->IsOpenBy(handle) && device.reader->ConnectionLost()) {
+      return kDeviceGone;
+    }
     if (info == nullptr) {
       return kBadParameter;
     }
@@ -137,11 +170,10 @@ Status ReaderRegistry::FetchFrame(const void* handle, unsigned int channel, unsi
                                   unsigned char** data, QUORIN_IMAGE_OUT_INFO_EX2* info) {
   std::shared_ptr<VirtualReader> reader;
   const Status status = WithDevice(handle, [&](DeviceHandle& device) {
-    if (!device.reader->IsOpenBy(handle)) {
-      return kNotOpen;
-    }
-    reader = device.reader;
-    return Status{0};
+    return OnOpenReader(handle, device, [&](VirtualReader&) {
+      reader = device.reader;
+      return Status{0};
+    });
   });
   if (status != 0) {
     return status;
@@ -152,6 +184,12 @@ Status ReaderRegistry::FetchFrame(const void* handle, unsigned int channel, unsi
   // The wait runs outside the registry's lock so that other handles are served meanwhile;
   // `reader` keeps the model alive should the handle be destroyed during it.
   return reader->Frames().Fetch(channel, timeoutMs, data, info);
+}
+
+std::shared_ptr<VirtualReader> ReaderRegistry::ReaderOf(const void* handle) {
+  std::lock_guard<std::mutex> lock(mutex_);
+  DeviceHandle* device = devices_.Find(handle);
+  return device == nullptr ? nullptr : device->reader;
 }
 
 Status ReaderRegistry::CreateUpgradeHandle(void** handle) {
@@ -165,7 +203,18 @@ Status ReaderRegistry::CreateUpgradeHandle(void** handle) {
 
 Status ReaderRegistry::DestroyUpgradeHandle(void* handle) {
   std::lock_guard<std::mutex> lock(mutex_);
-  return upgrades_.Retire(handle) ? 0 : kInvalidHandle;
+  UpgradeHandle* upgrade = upgrades_.Find(handle);
+  if (upgrade == nullptr) {
+    return kInvalidHandle;
+  }
+  upgrade->upgrade.Close();  // its thread never takes this lock
+  upgrades_.Retire(handle);
+  return 0;
+}
+
+std::shared_ptr<VirtualReader> ReaderRegistry::ReaderMatching(const QUORIN_DEVICE_INFO& wanted) {
+  std::lock_guard<std::mutex> lock(mutex_);
+  return FindReader([&](const VirtualReader& reader) { return reader.Matches(wanted); });
 }
 
 }  // namespace qsim

@@ -1,5 +1,6 @@
 // The readers the stand-in can see and the handles opened on them; every SDK
-// function reaches the model through here, under one lock (a fetch waits outside it).
+// function reaches the model through here, under one lock (fetches, and the waits of stopping
+// and closing for producers and callbacks, happen outside it).
 #pragma once
 
 #include <functional>
@@ -9,6 +10,7 @@
 
 #include "HandleTable.h"
 #include "QuorinSim.h"
+#include "Upgrade.h"
 #include "VirtualReader.h"
 
 namespace qsim {
@@ -18,8 +20,10 @@ struct DeviceHandle {
   std::shared_ptr<VirtualReader> reader;
 };
 
-// What an upgrade-and-encryption handle points to; it carries no reader.
-struct UpgradeHandle {};
+// What an upgrade-and-encryption handle points to: the firmware upgrade it runs; it carries no reader.
+struct UpgradeHandle {
+  FirmwareUpgrade upgrade;
+};
 
 class ReaderRegistry {
  public:
@@ -43,15 +47,42 @@ class ReaderRegistry {
   Status GetDeviceInfo(void* handle, QUORIN_DEVICE_INFO* info);
 
   Status CreateUpgradeHandle(void** handle);
-  Status DestroyUpgradeHandle(void* handle);
+  Status DestroyUpgradeHandle(void* handle);  // stops its upgrade first
 
-  // Runs `work` on the reader that `handle` holds open; kInvalidHandle or kNotOpen otherwise.
+  // The reader `wanted` names, found as CreateHandle finds it; null when none.
+  std::shared_ptr<VirtualReader> ReaderMatching(const QUORIN_DEVICE_INFO& wanted);
+
+  // Runs `work` on the upgrade of a live upgrade handle, or answers kInvalidHandle.
+  template <typename Work>
+  Status WithUpgrade(const void* handle, Work work) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    UpgradeHandle* upgrade = upgrades_.Find(handle);
+    return upgrade == nullptr ? kInvalidHandle : work(upgrade->upgrade);
+  }
+
+  // Runs `work` on the reader that `handle` holds open; kInvalidHandle, kNotOpen or kDeviceGone otherwise.
   template <typename Work>
   Status WithOpenReader(const void* handle, Work work) {
-    return WithDevice(handle, [&](DeviceHandle& device) {
-      return device.reader->IsOpenBy(handle) ? work(*device.reader) : kNotOpen;
-    });
+    return WithDevice(handle, [&](DeviceHandle& device) { return OnOpenReader(handle, device, work); });
   }
+
+  // As WithOpenReader; when `work` succeeds, then waits outside the lock until the reader's stopped
+  // producer and its running callbacks are done, since they may call the SDK meanwhile.
+  template <typename Work>
+  Status WithOpenReaderSettled(const void* handle, Work work) {
+    std::shared_ptr<VirtualReader> reader;
+    const Status status = WithDevice(handle, [&](DeviceHandle& device) {
+      reader = device.reader;
+      return OnOpenReader(handle, device, work);
+    });
+    if (status == 0) {
+      reader->Settle();
+    }
+    return status;
+  }
+
+  // The reader behind a live device handle, for work outside the lock; null for any other handle.
+  std::shared_ptr<VirtualReader> ReaderOf(const void* handle);
 
   // Runs `work` on the reader behind `handle`, open or not; false for a handle that is not live.
   template <typename Work>
@@ -78,6 +109,19 @@ class ReaderRegistry {
     DeviceHandle* device = devices_.Find(handle);
     return device == nullptr ? kInvalidHandle : work(*device);
   }
+
+  template <typename Work>
+  static Status OnOpenReader(const void* handle, DeviceHandle& device, Work&& work) {
+    VirtualReader& reader = *device.reader;
+    if (!reader.IsOpenBy(handle)) {
+      return kNotOpen;
+    }
+    return reader.ConnectionLost() ? kDeviceGone : work(reader);
+  }
+
+  // Closes the reader `handle` holds open, if it does, and then waits as WithOpenReaderSettled.
+  template <typename Then>
+  Status CloseSettled(void* handle, Then then);
 
   mutable std::mutex mutex_;
   std::vector<std::shared_ptr<VirtualReader>> readers_;

@@ -8,7 +8,7 @@ namespace qsim {
 struct ReaderTraits {
   unsigned int channelCount = 1;
   bool decodes = true;        // a code reader: its frames carry decoded codes
-  bool cutsWaybills = false;  // its frames carry waybill regions with their images
+  bool cutsWaybills = false;  // its waybill switch starts on: frames carry waybill regions with their images
   bool gbkCodeTexts = false;  // some of its code texts are GBK, like its name
 };
 

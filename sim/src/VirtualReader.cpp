@@ -16,9 +16,24 @@ std::string SerialOf(const QUORIN_DEVICE_INFO& info) {
 VirtualReader::VirtualReader(const QUORIN_DEVICE_INFO& info)
     : info_(info),
       traits_(TraitsOf(info)),
+      waybillsEnabled_(traits_.cutsWaybills),
+      files_(info),
+      algorithm_(traits_.decodes),
       nodes_(MakeReaderNodes(info, traits_)),
       acquisition_([this] { return nodes_.Inspect(SettingsFrom); },
-                   FrameSynthesizer(traits_, MovingBarsPattern(), RunningCodes(traits_.gbkCodeTexts))) {}
+                   FrameSynthesizer(traits_, MovingBarsPattern(), RunningCodes(traits_.gbkCodeTexts),
+                                    [this] { return WaybillsEnabled(); }),
+                   callbacks_) {}
+
+QUORIN_DEVICE_INFO VirtualReader::Info() const {
+  std::lock_guard<std::mutex> lock(infoMutex_);
+  return info_;
+}
+
+void VirtualReader::ChangeInfo(const std::function<void(QUORIN_DEVICE_INFO&)>& change) {
+  std::lock_guard<std::mutex> lock(infoMutex_);
+  change(info_);
+}
 
 std::string VirtualReader::SerialNumber() const { return SerialOf(info_); }
 
@@ -32,7 +47,7 @@ bool VirtualReader::Matches(const QUORIN_DEVICE_INFO& wanted) const {
 
 Status VirtualReader::Open(const void* client) {
   if (holder_ == client) {
-    return kBusy;
+    return connectionLost_ ? kDeviceGone : kBusy;
   }
   if (holder_ != nullptr) {
     return kAccessDenied;
@@ -48,10 +63,30 @@ Status VirtualReader::Close(const void* client) {
   if (acquisition_.Grabbing()) {
     StopGrabbing();
   }
+  callbacks_.Clear();
   acquisition_.Release();
   holder_ = nullptr;
+  connectionLost_ = false;  // the device may be reached again by a new Open
   return 0;
 }
+
+bool VirtualReader::Disconnect() {
+  if (holder_ == nullptr || connectionLost_) {
+    return false;
+  }
+  connectionLost_ = true;
+  if (acquisition_.Grabbing()) {
+    StopGrabbing(StopCause::kDeviceLost);
+  }
+  return true;
+}
+
+void VirtualReader::Settle() {
+  acquisition_.Settle();
+  callbacks_.Drain();
+}
+
+unsigned int VirtualReader::ChannelCount() const { return nodes_.Inspect(ChannelCountFrom); }
 
 Status VirtualReader::Execute(const std::string& command) {
   const Status status = nodes_.Execute(command);
@@ -69,8 +104,8 @@ Status VirtualReader::StartGrabbing() {
   return acquisition_.Start(nodes_.Inspect(ChannelCountFrom));
 }
 
-Status VirtualReader::StopGrabbing() {
-  const Status status = acquisition_.Stop();
+Status VirtualReader::StopGrabbing(StopCause cause) {
+  const Status status = acquisition_.Stop(cause);
   nodes_.SetGrabbing(false);
   return status;
 }

@@ -1,0 +1,21 @@
+// Encoding of grey images into the file formats QUORIN_SaveImage offers.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "QuorinCtrl.h"
+#include "Status.h"
+
+namespace qsim {
+
+// Checks a save request and encodes its Mono8 pixels as its enImageType (BMP, JPEG or PNG).
+Status EncodeSavedImage(const QUORIN_SAVE_IMAGE_PARAM& param, std::vector<unsigned char>& encoded);
+
+// `quality` 1..100.
+std::vector<unsigned char> EncodeGreyJpeg(const unsigned char* pixels, unsigned int width, unsigned int height,
+                                          size_t stride, int quality);
+std::vector<unsigned char> EncodeGreyPng(const unsigned char* pixels, unsigned int width, unsigned int height,
+                                         size_t stride);
+
+}  // namespace qsim
