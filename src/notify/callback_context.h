@@ -44,5 +44,48 @@ Context* ContextOf(JNIEnv* env, jobject handle, const char* field) {
   return reinterpret_cast<Context*>(static_cast<uintptr_t>(GetFieldValue(env, handle, field, jsig::kLong)));
 }
 
+// The Handle's context of this kind, made and recorded in `field` on first registration,
+// with the callback, the Handle and the VM (re)written. On re-registration the earlier
+// references are deliberately left alive: a delivery already under way may still use them.
+template <typename Context>
+Context* RegisterContext(JNIEnv* env, jobject handle, const char* field, jobject callback) {
+  Context* context = ContextOf<Context>(env, handle, field);
+  if (context == nullptr) {
+    context = new Context{};
+    SetFieldValue(env, handle, field, jsig::kLong, PointerWord(context));
+  }
+  context->callbackRef = env->NewGlobalRef(callback);
+  context->handleRef = env->NewGlobalRef(handle);
+  env->GetJavaVM(&context->javaVM);
+  return context;
+}
+
+// A global reference to a class found on the registering (Java) thread, or `previous` when
+// the class cannot be found; FindClass on an SDK thread would not see the application's classes.
+template <typename Class>
+Class GlobalClassOr(JNIEnv* env, const char* name, Class previous) {
+  ScopedLocalRef<jclass> local(env, env->FindClass(name));
+  if (!local) return previous;
+  return static_cast<Class>(env->NewGlobalRef(local.get()));
+}
+
+// The registration every notification kind shares. A null callback only clears the SDK's
+// side (no function, no context); the context stays and is reused by the next registration.
+template <typename Context, typename SdkRegister, typename Prepare>
+jint RegisterCallback(JNIEnv* env, jobject handle, jobject callback, const char* field, SdkRegister sdkRegister,
+                      Prepare prepare) {
+  RETURN_IF_NULL(handle, kStatusNullHandle);
+  void* sdkHandle = SdkHandleOf(env, handle);
+  if (callback == nullptr) return sdkRegister(sdkHandle, nullptr);
+  Context* context = RegisterContext<Context>(env, handle, field, callback);
+  prepare(*context);
+  // A failing SDK status leaves the context attached to the Handle, freed with it.
+  return sdkRegister(sdkHandle, context);
+}
+
+// The Java method a callback object declares for this kind, looked up on its own class at
+// every delivery so that subclasses and anonymous classes work.
+jmethodID CallbackMethod(JNIEnv* env, jobject callback, const char* name, const char* sig);
+
 // Frees the exception, event and image contexts of a Handle and zeroes their fields.
 void ReleaseCallbackContexts(JNIEnv* env, jobject handle);

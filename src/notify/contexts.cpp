@@ -19,6 +19,14 @@ void ReleaseContext(JNIEnv* env, jobject handle, const char* field, Release rele
 
 }  // namespace
 
+jmethodID CallbackMethod(JNIEnv* env, jobject callback, const char* name, const char* sig) {
+  ScopedLocalRef<jclass> cls(env, env->GetObjectClass(callback));
+  if (!cls) return nullptr;
+  jmethodID method = env->GetMethodID(cls.get(), name, sig);
+  if (method == nullptr) env->ExceptionClear();  // a callback without the method gets nothing
+  return method;
+}
+
 void ReleaseCallbackContexts(JNIEnv* env, jobject handle) {
   ReleaseContext<CallbackContext>(env, handle, handlefield::kExceptionContext, [env](CallbackContext& c) {
     DeleteGlobal(env, c.handleRef);

@@ -16,7 +16,8 @@ constexpr jint kJniVersion = 0x10004;
 
 }  // namespace
 
-jobject g_frameInfoEx2 = nullptr;
+// Set once at load (or by the first image delivery), never released or replaced.
+std::atomic<jobject> g_frameInfoEx2{nullptr};
 
 jobject NewFrameInfoEx2Global(JNIEnv* env) {
   ScopedLocalRef<jclass> cls(env, env->FindClass(jclassname::kFrameInfoEx2));
