@@ -36,4 +36,6 @@ function(quorin_add_jar target jar)
     DEPENDS ${ARG_SOURCES} ${QUORIN_API_JAR}
     COMMENT "Compiling ${target}")
   add_custom_target(${target} ALL DEPENDS ${jar})
+  # The API jar is made by a command of another folder, which a file dependency cannot see.
+  add_dependencies(${target} quorin_java_api)
 endfunction()

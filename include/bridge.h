@@ -4,6 +4,7 @@
 
 #include <jni.h>
 
+#include <atomic>
 #include <cstdint>
 #include <cstring>
 #include <iterator>
@@ -77,6 +78,9 @@ jmethodID GetMethodID(JNIEnv* env, jobject obj, const char* name, const char* si
 // Reads or writes one field by name and signature; every value travels in one 64-bit word.
 unsigned long long GetFieldValue(JNIEnv* env, jobject obj, const char* name, const char* sig);
 void SetFieldValue(JNIEnv* env, jobject obj, const char* name, const char* sig, unsigned long long value);
+// A read with the field looked up on a named class instead of the object's own; the caller
+// makes sure the object is an instance of it.
+unsigned long long GetFieldValue(JNIEnv* env, jobject obj, jclass declaringClass, const char* name, const char* sig);
 
 // Pointers and references travel in the value word zero-extended, at their native width.
 inline unsigned long long PointerWord(const void* pointer) {
@@ -96,6 +100,11 @@ inline jobject GetObjectFieldValue(JNIEnv* env, jobject obj, const char* name, c
   return ObjectFromWord(GetFieldValue(env, obj, name, sig));
 }
 
+// Stores into a caller's java.lang.Integer in place: the caller's own object changes value.
+inline void SetIntegerValue(JNIEnv* env, jobject integer, unsigned int value) {
+  SetFieldValue(env, integer, "value", "I", value);
+}
+
 // The enumeration constant whose `fieldName` equals `value`, or null.
 jobject GetEnumObject(JNIEnv* env, jclass enumClass, const char* className, const char* fieldName,
                       const char* fieldSig, unsigned long long value);
@@ -107,8 +116,11 @@ jobject getType(JNIEnv* env, int accessMode);
 void throwError(JNIEnv* env, int code, std::string message);
 
 // The process-wide frame object that the image callback fills, and its maker.
-extern jobject g_frameInfoEx2;
+extern std::atomic<jobject> g_frameInfoEx2;
 jobject NewFrameInfoEx2Global(JNIEnv* env);
+
+// A new Java array holding a copy of `length` bytes; empty when there are none to copy.
+jbyteArray NewByteArrayOf(JNIEnv* env, const void* bytes, unsigned int length);
 
 // ---------------------------------------------------------------------------
 // Text and address conversion.
@@ -126,6 +138,19 @@ jstring DeviceTextToJava(JNIEnv* env, const char* text);
 
 // The SDK pointer kept, zero-extended, in a long field of a Handle (`hHandle` unless told).
 void* SdkHandleOf(JNIEnv* env, jobject handle, const char* field = handlefield::kSdkHandle);
+
+// The shape of an entry point whose answer is a number for a caller's Integer: the Handle and
+// the Integer are tested, the SDK is asked, and the number is stored whatever the status
+// (0 when a failing SDK left it alone).
+template <typename SdkGet>
+jint GetIntoInteger(JNIEnv* env, jobject handle, jobject integer, const char* handleField, SdkGet sdkGet) {
+  RETURN_IF_NULL(handle, kStatusNullHandle);
+  RETURN_IF_NULL(integer, kStatusBadArgument);
+  unsigned int value = 0;
+  const int status = sdkGet(SdkHandleOf(env, handle, handleField), &value);
+  SetIntegerValue(env, integer, value);
+  return status;
+}
 
 // A new Handle object whose `field` holds `sdkHandle`.
 jobject NewHandleObject(JNIEnv* env, const char* field, void* sdkHandle);

@@ -1,6 +1,6 @@
 cmake_policy(SET CMP0057 NEW)
-# The bridge exports JNI_OnLoad, one symbol per native it implements, the SDK callbacks
-# under their plain names, and nothing else.
+# The bridge exports JNI_OnLoad, one symbol per native method QuorinCtrl declares, the SDK
+# callbacks under their plain names, and nothing else.
 execute_process(COMMAND nm -D --defined-only ${LIBRARY} OUTPUT_VARIABLE nm_out RESULT_VARIABLE rc)
 if(NOT rc EQUAL 0)
   message(FATAL_ERROR "nm failed on ${LIBRARY}")
@@ -24,8 +24,14 @@ endforeach()
 if(unexpected)
   message(FATAL_ERROR "unexpected exports: ${unexpected}")
 endif()
-if(NOT "JNI_OnLoad" IN_LIST exported)
-  message(FATAL_ERROR "JNI_OnLoad is not exported")
+set(missing "")
+foreach(symbol IN LISTS declared ITEMS JNI_OnLoad ExceptionCallBack AllEventCallBack TriggerCallBack ImageCallBack)
+  if(NOT symbol IN_LIST exported)
+    list(APPEND missing ${symbol})
+  endif()
+endforeach()
+if(missing)
+  message(FATAL_ERROR "declared but not exported: ${missing}")
 endif()
 list(LENGTH exported count)
 message(STATUS "${count} exports, all expected")

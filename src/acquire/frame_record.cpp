@@ -1,14 +1,11 @@
 #include "acquire/frame_record.h"
 
+#include "acquire/java_list.h"
+
 #include <algorithm>
-#include <climits>
 #include <cstddef>
 
 namespace {
-
-// Each list entry is built inside a local frame of its own, so that a long list never
-// exhausts the local reference table, whatever the text conversion leaves behind.
-constexpr jint kEntryLocalRefs = 16;
 
 unsigned long long Word(unsigned int value) { return value; }
 unsigned long long Word(int value) { return static_cast<uint32_t>(value); }
@@ -18,51 +15,6 @@ void SetEnumConstant(JNIEnv* env, jobject target, const char* field, const char*
   ScopedLocalRef<jobject> constant(env, GetEnumObject(env, enumClass, enumClassName, "nValue", jsig::kInt, number));
   // A number no constant carries leaves the field as it was.
   if (constant) SetFieldValue(env, target, field, fieldSig, PointerWord(constant.get()));
-}
-
-// A Java list held in an object's field, emptied so that it can be refilled.
-class RefilledList {
- public:
-  RefilledList(JNIEnv* env, jobject owner, const char* field)
-      : env_(env), list_(env, GetObjectFieldValue(env, owner, field, jsig::kArrayList)) {
-    if (!list_) return;
-    jmethodID clear = GetMethodID(env, list_.get(), "clear", "()V");
-    add_ = GetMethodID(env, list_.get(), "add", "(Ljava/lang/Object;)Z");
-    // Looked up though never called: a list class without it is not a list this code accepts.
-    jmethodID get = GetMethodID(env, list_.get(), "get", "(I)Ljava/lang/Object;");
-    if (clear == nullptr || add_ == nullptr || get == nullptr) return;
-    env->CallVoidMethod(list_.get(), clear);
-    ready_ = !env->ExceptionCheck();
-  }
-  bool ready() const { return ready_; }
-  bool Add(jobject item) {
-    env_->CallBooleanMethod(list_.get(), add_, item);
-    return !env_->ExceptionCheck();
-  }
-
- private:
-  JNIEnv* env_;
-  ScopedLocalRef<jobject> list_;
-  jmethodID add_ = nullptr;
-  bool ready_ = false;
-};
-
-// Fills a cleared list with one new object per native entry, each written by `write`.
-template <typename Entry, typename Write>
-void FillList(JNIEnv* env, jobject owner, const char* field, jclass entryClass, const Entry* entries,
-              unsigned int count, Write write) {
-  RefilledList list(env, owner, field);
-  if (!list.ready() || entryClass == nullptr) return;
-  jmethodID constructor = env->GetMethodID(entryClass, "<init>", jsig::kNoArgConstructor);
-  if (constructor == nullptr) return;
-  for (unsigned int i = 0; i < count; ++i) {
-    ScopedLocalFrame frame(env, kEntryLocalRefs);
-    if (!frame.ok()) return;
-    jobject entry = env->NewObject(entryClass, constructor);
-    if (entry == nullptr) return;
-    write(entry, entries[i]);
-    if (!list.Add(entry)) return;
-  }
 }
 
 // The code text, bounded by its array even when the SDK left no terminator in it.
@@ -79,15 +31,11 @@ void WriteCorner(JNIEnv* env, jobject entry, const char* field, const QUORIN_POI
   SetFieldValue(env, corner.get(), "nY", jsig::kInt, Word(point.nY));
 }
 
-// The 32 words of the quality record: grades are int32, scores travel as their float bits.
-struct QualityField {
-  const char* name;
-  size_t offset;
-  const char* sig;
-};
+}  // namespace
+
 #define GRADE(field) QualityField{#field, offsetof(QUORIN_CODE_INFO, field), jsig::kInt}
 #define SCORE(field) QualityField{#field, offsetof(QUORIN_CODE_INFO, field), jsig::kFloat}
-const QualityField kQualityFields[] = {
+const QualityField kQualityFields[kQualityFieldCount] = {
     GRADE(nOverQuality), GRADE(nDeCode),       GRADE(nSCGrade),      GRADE(nModGrade),     GRADE(nFPDGrade),
     GRADE(nANGrade),     GRADE(nGNGrade),      GRADE(nUECGrade),     GRADE(nPGHGrade),     GRADE(nPGVGrade),
     SCORE(fSCScore),     SCORE(fModScore),     SCORE(fFPDScore),     SCORE(fAnScore),      SCORE(fGNScore),
@@ -98,6 +46,8 @@ const QualityField kQualityFields[] = {
 };
 #undef GRADE
 #undef SCORE
+
+namespace {
 
 void WriteCodeQuality(JNIEnv* env, jobject entry, const QUORIN_CODE_INFO& quality) {
   ScopedLocalRef<jobject> target(env, GetObjectFieldValue(env, entry, "stCodeQuality", jsig::kCodeInfo));
@@ -146,12 +96,8 @@ void WriteWaybillEntry(JNIEnv* env, jobject entry, const QUORIN_WAYBILL_INFO& wa
   SetFieldValue(env, entry, "fHeight", jsig::kFloat, FloatBits(waybill.fHeight));
   SetFieldValue(env, entry, "fAngle", jsig::kFloat, FloatBits(waybill.fAngle));
   SetFieldValue(env, entry, "fConfidence", jsig::kFloat, FloatBits(waybill.fConfidence));
-  // No image behind the pointer, or a length no Java array can have: an empty image.
-  const bool copyable = waybill.pImageWaybill != nullptr && waybill.nImageLen <= static_cast<unsigned int>(INT_MAX);
-  const auto length = static_cast<jsize>(copyable ? waybill.nImageLen : 0);
-  ScopedLocalRef<jbyteArray> image(env, env->NewByteArray(length));
+  ScopedLocalRef<jbyteArray> image(env, NewByteArrayOf(env, waybill.pImageWaybill, waybill.nImageLen));
   if (!image) return;
-  env->SetByteArrayRegion(image.get(), 0, length, reinterpret_cast<const jbyte*>(waybill.pImageWaybill));
   SetFieldValue(env, entry, "pImageWaybill", jsig::kByteArray, PointerWord(image.get()));
   SetFieldValue(env, entry, "nImageLen", jsig::kInt, Word(waybill.nImageLen));
 }
@@ -167,6 +113,8 @@ void FillCodeList(JNIEnv* env, const QUORIN_RESULT_BCR_EX* codes, jobject target
            [&](jobject entry, const QUORIN_BCR_INFO_EX& code) { WriteCodeEntry(env, entry, code, oneDQuality); });
 }
 
+}  // namespace
+
 void FillWaybillList(JNIEnv* env, const QUORIN_WAYBILL_LIST* waybills, jobject target, const FrameClasses& classes) {
   ScopedLocalRef<jobject> owner(env, GetObjectFieldValue(env, target, "pstWaybillList", jsig::kWaybillList));
   if (!owner) return;
@@ -180,7 +128,17 @@ void FillWaybillList(JNIEnv* env, const QUORIN_WAYBILL_LIST* waybills, jobject t
            count, [&](jobject entry, const QUORIN_WAYBILL_INFO& waybill) { WriteWaybillEntry(env, entry, waybill); });
 }
 
-}  // namespace
+bool EnumNumber(JNIEnv* env, jobject target, const char* field, const char* fieldSig, const char* className,
+                int* number) {
+  ScopedLocalRef<jobject> constant(env, GetObjectFieldValue(env, target, field, fieldSig));
+  if (!constant) return false;
+  ScopedLocalRef<jclass> enumClass(env, env->FindClass(className));
+  if (!enumClass) return false;
+  jmethodID getnValue = env->GetMethodID(enumClass.get(), "getnValue", "()I");
+  if (getnValue == nullptr) return false;
+  *number = env->CallIntMethod(constant.get(), getnValue);
+  return !env->ExceptionCheck();
+}
 
 LocalFrameClasses::LocalFrameClasses(JNIEnv* env)
     : env_(env),

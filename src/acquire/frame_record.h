@@ -1,6 +1,8 @@
 // The frame result record (EX2) and its code and waybill lists, native to Java.
 #pragma once
 
+#include <cstddef>
+
 #include "bridge.h"
 
 namespace jclassname {
@@ -43,6 +45,25 @@ class LocalFrameClasses {
 };
 
 enum class OneDQuality { kWritten, kLeftAsConstructed };
+
+// The words of the quality record in layout order: grades are int32, scores travel as their
+// float bits. The first 18 (ten grades, eight scores) are the ones a waybill request sends.
+struct QualityField {
+  const char* name;
+  size_t offset;
+  const char* sig;
+};
+constexpr size_t kQualityFieldCount = 32;
+constexpr size_t kSentQualityFields = 18;
+extern const QualityField kQualityFields[kQualityFieldCount];
+
+// Sets a frame object's waybill list from the native list: count, image type and entries.
+void FillWaybillList(JNIEnv* env, const QUORIN_WAYBILL_LIST* waybills, jobject target, const FrameClasses& classes);
+
+// The SDK number an enumeration constant held in `field` carries (its getnValue()); false
+// when the field is null.
+bool EnumNumber(JNIEnv* env, jobject target, const char* field, const char* fieldSig, const char* className,
+                int* number);
 
 // Copies one native frame record into a Java QUORIN_IMAGE_OUT_INFO_EX2 object. The object's
 // code and waybill lists are cleared and refilled; nothing is read past a list's capacity.

@@ -1,5 +1,6 @@
 #include "device/device_record.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdio>
 
@@ -141,4 +142,26 @@ void ReadDeviceInfo(JNIEnv* env, jobject device, TextCopy rule, QUORIN_DEVICE_IN
   for (const GigEWord& word : kGigEWords) {
     info->stGigEInfo.*word.member = static_cast<unsigned int>(GetFieldValue(env, gige.get(), word.name, jsig::kInt));
   }
+}
+
+// An ArrayList of new device objects, one per entry the SDK reported.
+jobject NewDeviceList(JNIEnv* env, const QUORIN_DEVICE_INFO_LIST& list, SerialText serial) {
+  ScopedLocalRef<jclass> listClass(env, env->FindClass(jclassname::kArrayList));
+  RETURN_IF_NULL(listClass.get(), nullptr);
+  jmethodID constructor = env->GetMethodID(listClass.get(), "<init>", jsig::kNoArgConstructor);
+  jmethodID add = env->GetMethodID(listClass.get(), "add", "(Ljava/lang/Object;)Z");
+  RETURN_IF_NULL(constructor, nullptr);
+  RETURN_IF_NULL(add, nullptr);
+  ScopedLocalRef<jobject> devices(env, env->NewObject(listClass.get(), constructor));
+  RETURN_IF_NULL(devices.get(), nullptr);
+  // A count beyond the list's capacity is never read past its end.
+  const unsigned int count = std::min<unsigned int>(list.nDeviceNum, QUORIN_MAX_DEVICE_NUM);
+  for (unsigned int i = 0; i < count; ++i) {
+    if (list.pDeviceInfo[i] == nullptr) continue;
+    ScopedLocalRef<jobject> device(env, NewDeviceInfoObject(env, *list.pDeviceInfo[i], serial));
+    RETURN_IF_NULL(device.get(), nullptr);
+    env->CallBooleanMethod(devices.get(), add, device.get());
+    if (env->ExceptionCheck()) return nullptr;
+  }
+  return devices.release();
 }

@@ -22,6 +22,9 @@ void WriteDeviceInfo(JNIEnv* env, const QUORIN_DEVICE_INFO& info, jobject device
 // A new device object, with a new GigE object in stGigEInfo, filled from the record.
 jobject NewDeviceInfoObject(JNIEnv* env, const QUORIN_DEVICE_INFO& info, SerialText serial);
 
+// A new ArrayList with one new device object per entry of the SDK's list.
+jobject NewDeviceList(JNIEnv* env, const QUORIN_DEVICE_INFO_LIST& list, SerialText serial);
+
 // How Java texts are copied into the record's fixed arrays.
 enum class TextCopy {
   kWholeText,                // the whole text and its terminator; used to create handles

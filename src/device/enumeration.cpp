@@ -1,33 +1,9 @@
 // Device enumeration, the device query of an open handle, and the accessibility test.
-#include <algorithm>
-
 #include "QuorinCtrlWrapper_QuorinCtrl.h"
 #include "bridge.h"
 #include "device/device_record.h"
 
 namespace {
-
-// An ArrayList of new device objects, one per entry the SDK reported.
-jobject DeviceList(JNIEnv* env, const QUORIN_DEVICE_INFO_LIST& list, SerialText serial) {
-  ScopedLocalRef<jclass> listClass(env, env->FindClass(jclassname::kArrayList));
-  RETURN_IF_NULL(listClass.get(), nullptr);
-  jmethodID constructor = env->GetMethodID(listClass.get(), "<init>", jsig::kNoArgConstructor);
-  jmethodID add = env->GetMethodID(listClass.get(), "add", "(Ljava/lang/Object;)Z");
-  RETURN_IF_NULL(constructor, nullptr);
-  RETURN_IF_NULL(add, nullptr);
-  ScopedLocalRef<jobject> devices(env, env->NewObject(listClass.get(), constructor));
-  RETURN_IF_NULL(devices.get(), nullptr);
-  // A count beyond the list's capacity is never read past its end.
-  const unsigned int count = std::min<unsigned int>(list.nDeviceNum, QUORIN_MAX_DEVICE_NUM);
-  for (unsigned int i = 0; i < count; ++i) {
-    if (list.pDeviceInfo[i] == nullptr) continue;
-    ScopedLocalRef<jobject> device(env, NewDeviceInfoObject(env, *list.pDeviceInfo[i], serial));
-    RETURN_IF_NULL(device.get(), nullptr);
-    env->CallBooleanMethod(devices.get(), add, device.get());
-    if (env->ExceptionCheck()) return nullptr;
-  }
-  return devices.release();
-}
 
 // The list for a successful enumeration; null, with one diagnostic line, for a failed one.
 jobject EnumerationResult(JNIEnv* env, int status, const QUORIN_DEVICE_INFO_LIST& list, SerialText serial,
@@ -36,7 +12,7 @@ jobject EnumerationResult(JNIEnv* env, int status, const QUORIN_DEVICE_INFO_LIST
     QN_RunInfo(failureFormat, static_cast<unsigned int>(status));
     return nullptr;
   }
-  return DeviceList(env, list, serial);
+  return NewDeviceList(env, list, serial);
 }
 
 }  // namespace

@@ -39,13 +39,7 @@ To BitCast(From from) {
   return to;
 }
 
-}  // namespace
-
-unsigned long long GetFieldValue(JNIEnv* env, jobject obj, const char* name, const char* sig) {
-  const FieldKind kind = KindOf(sig);
-  if (kind == FieldKind::kUnknown) return 0;
-  jfieldID field = FindField(env, obj, name, sig);
-  if (field == nullptr) return 0;
+unsigned long long ReadField(JNIEnv* env, jobject obj, jfieldID field, FieldKind kind) {
   switch (kind) {
     case FieldKind::kInt: return static_cast<uint32_t>(env->GetIntField(obj, field));
     case FieldKind::kObject: return PointerWord(env->GetObjectField(obj, field));
@@ -59,6 +53,22 @@ unsigned long long GetFieldValue(JNIEnv* env, jobject obj, const char* name, con
     case FieldKind::kUnknown: break;
   }
   return 0;
+}
+
+}  // namespace
+
+unsigned long long GetFieldValue(JNIEnv* env, jobject obj, const char* name, const char* sig) {
+  const FieldKind kind = KindOf(sig);
+  if (kind == FieldKind::kUnknown) return 0;
+  jfieldID field = FindField(env, obj, name, sig);
+  return field == nullptr ? 0 : ReadField(env, obj, field, kind);
+}
+
+unsigned long long GetFieldValue(JNIEnv* env, jobject obj, jclass declaringClass, const char* name, const char* sig) {
+  const FieldKind kind = KindOf(sig);
+  if (kind == FieldKind::kUnknown || env->ExceptionCheck()) return 0;
+  jfieldID field = env->GetFieldID(declaringClass, name, sig);
+  return field == nullptr ? 0 : ReadField(env, obj, field, kind);
 }
 
 void SetFieldValue(JNIEnv* env, jobject obj, const char* name, const char* sig, unsigned long long value) {

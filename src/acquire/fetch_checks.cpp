@@ -1,0 +1,24 @@
+#include "acquire/fetch_checks.h"
+
+#include <algorithm>
+
+jint CheckFetch(JNIEnv* env, jobject handle, jbyteArray data, jobject info, jint timeout, const FetchRules& rules) {
+  if (info == nullptr || timeout <= 0 || data == nullptr) {
+    if (rules.badArgumentText != nullptr) QN_RunInfo("%s", rules.badArgumentText);
+    return kStatusBadArgument;
+  }
+  RETURN_IF_NULL(handle, kStatusNullHandle);
+  const auto payloadSize = static_cast<jint>(GetFieldValue(env, handle, handlefield::kPayloadSize, jsig::kInt));
+  if (payloadSize == 0) {
+    QN_RunInfo("%s", rules.payloadUnknownText);
+    return kStatusPayloadUnknown;
+  }
+  if (payloadSize > env->GetArrayLength(data)) return kStatusBufferTooSmall;
+  return kStatusOk;
+}
+
+void CopyFrameImage(JNIEnv* env, const unsigned char* image, unsigned int frameLen, jbyteArray array) {
+  if (image == nullptr) return;
+  const auto length = static_cast<jsize>(std::min<unsigned long long>(frameLen, env->GetArrayLength(array)));
+  env->SetByteArrayRegion(array, 0, length, reinterpret_cast<const jbyte*>(image));
+}
