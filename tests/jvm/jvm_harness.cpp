@@ -31,6 +31,10 @@ void JvmEnvironment::SetUp() {
       "-Xmx512m",
       "-XX:+UseSerialGC",
   };
+  // Under an emulator the JIT's signal-based tricks (implicit null checks, safepoint polls in
+  // compiled code) race with threads attaching and detaching; the interpreter does not use them.
+  const char* emulator = std::getenv("QUORIN_TEST_EMULATOR");
+  if (emulator != nullptr && *emulator != '\0') options.push_back("-Xint");
   const char* xcheck = std::getenv("QUORIN_XCHECK_JNI");
   if (xcheck != nullptr && std::string(xcheck) == "1") options.push_back("-Xcheck:jni");
   std::vector<JavaVMOption> vmOptions;

@@ -1,0 +1,204 @@
+// Exception, event and trigger callbacks delivered from the stand-in's own threads, and what
+// destroying a Handle releases and keeps.
+#include <cstring>
+
+#include "QuorinSim.h"
+#include "jvm_harness.h"
+
+namespace quorin_test {
+namespace {
+
+constexpr jint kNullHandle = static_cast<jint>(0x80020000u);
+
+class NotifyTest : public JvmTest {
+ protected:
+  void SetUp() override {
+    JvmTest::SetUp();
+    handle_ = OpenReader(0);
+    sdk_ = SdkHandle(handle_);
+  }
+  jint Register(const char* method, jobject handle, jobject callback) {
+    return CallInt(method, ("(" + kHandleSig + "Ljava/lang/Object;)I").c_str(), handle, callback);
+  }
+  jobject Recorder(const char* name) { return New(std::string("QuorinTest/") + name); }
+  jlong ThisThreadId() {
+    jclass probes = env_->FindClass("QuorinTest/Probes");
+    const jlong id = env_->CallStaticLongMethod(probes, env_->GetStaticMethodID(probes, "currentThreadId", "()J"));
+    Checked();
+    return id;
+  }
+  // A weak reference to `target`; the caller's own local reference to it is dropped.
+  jobject Weakly(jobject target) {
+    jclass probes = env_->FindClass("QuorinTest/Probes");
+    jobject ref = env_->CallStaticObjectMethod(
+        probes, env_->GetStaticMethodID(probes, "weakly", "(Ljava/lang/Object;)Ljava/lang/ref/WeakReference;"), target);
+    Checked();
+    env_->DeleteLocalRef(target);
+    return ref;
+  }
+  bool Survives(jobject weak) {
+    jclass probes = env_->FindClass("QuorinTest/Probes");
+    const bool alive = env_->CallStaticBooleanMethod(
+        probes, env_->GetStaticMethodID(probes, "survivesCollection", "(Ljava/lang/ref/WeakReference;)Z"), weak);
+    Checked();
+    return alive;
+  }
+  jobject handle_ = nullptr;
+  void* sdk_ = nullptr;
+};
+
+TEST_F(NotifyTest, ExceptionMessagesReachJavaOnAnSdkThread) {
+  jobject recorder = Recorder("ExceptionRecorder");
+  EXPECT_EQ(Register("QUORIN_RegisterExceptionCallBack", nullptr, recorder), kNullHandle);
+  EXPECT_TRUE(qsim::CallsTo("QUORIN_RegisterExceptionCallBack").empty());
+  // A null callback with nothing registered clears the SDK's side and makes no context.
+  EXPECT_EQ(Register("QUORIN_RegisterExceptionCallBack", handle_, nullptr), 0);
+  EXPECT_EQ(Long(handle_, "lExceptionCallParam"), 0);
+  EXPECT_FALSE(qsim::FireException(sdk_, 1));
+
+  ASSERT_EQ(Register("QUORIN_RegisterExceptionCallBack", handle_, recorder), 0);
+  EXPECT_NE(Long(handle_, "lExceptionCallParam"), 0);
+  ASSERT_TRUE(qsim::FireException(sdk_, 0x80000001u));
+  EXPECT_EQ(Int(recorder, "calls"), 1);
+  EXPECT_EQ(Int(recorder, "lastMsgType"), -2147483647);  // the same 32 bits
+  EXPECT_NE(Long(recorder, "threadId"), ThisThreadId());
+}
+
+TEST_F(NotifyTest, ReRegistrationReusesTheContextAndKeepsTheOldCallbackAlive) {
+  jobject first = Recorder("ExceptionRecorder");
+  ASSERT_EQ(Register("QUORIN_RegisterExceptionCallBack", handle_, first), 0);
+  const jlong context = Long(handle_, "lExceptionCallParam");
+  jobject second = Recorder("ExceptionRecorder");
+  ASSERT_EQ(Register("QUORIN_RegisterExceptionCallBack", handle_, second), 0);
+  EXPECT_EQ(Long(handle_, "lExceptionCallParam"), context);
+  ASSERT_TRUE(qsim::FireException(sdk_, 7));
+  EXPECT_EQ(Int(first, "calls"), 0);
+  EXPECT_EQ(Int(second, "calls"), 1);
+  // The earlier reference is deliberately left alive.
+  EXPECT_TRUE(Survives(Weakly(first)));
+
+  // Unregistering clears only the SDK's side; the context stays for the next registration.
+  EXPECT_EQ(Register("QUORIN_RegisterExceptionCallBack", handle_, nullptr), 0);
+  EXPECT_FALSE(qsim::FireException(sdk_, 7));
+  EXPECT_EQ(Long(handle_, "lExceptionCallParam"), context);
+}
+
+TEST_F(NotifyTest, CallbacksThatThrowOrLackTheMethodDoNotHurtTheProcess) {
+  jobject thrower = New("QuorinTest/ThrowingCallback");
+  ASSERT_EQ(Register("QUORIN_RegisterExceptionCallBack", handle_, thrower), 0);
+  EXPECT_TRUE(qsim::FireException(sdk_, 1));
+  EXPECT_TRUE(qsim::FireException(sdk_, 2));
+  EXPECT_EQ(Int(thrower, "calls"), 2);
+
+  ASSERT_EQ(Register("QUORIN_RegisterExceptionCallBack", handle_, Str("not a callback")), 0);
+  EXPECT_TRUE(qsim::FireException(sdk_, 3));  // delivered to nothing
+
+  jobject recorder = Recorder("ExceptionRecorder");
+  ASSERT_EQ(Register("QUORIN_RegisterExceptionCallBack", handle_, recorder), 0);
+  EXPECT_TRUE(qsim::FireException(sdk_, 4));
+  EXPECT_EQ(Int(recorder, "lastMsgType"), 4);
+}
+
+TEST_F(NotifyTest, EventsFillOneReusedRecord) {
+  jobject recorder = Recorder("EventRecorder");
+  ASSERT_EQ(Register("QUORIN_RegisterAllEventCallBack", handle_, recorder), 0);
+  QUORIN_EVENT_OUT_INFO event{};
+  std::strcpy(event.EventName, "AcquisitionStart");
+  event.nEventID = 0xFFFF;
+  event.nStreamChannel = 2;
+  event.nBlockIdLow = 0x80000000;
+  event.nTimestampHigh = 12;
+  ASSERT_TRUE(qsim::FireEvent(sdk_, event, {1, 2, 3, 4, 5, 6, 7, 8}));
+  EXPECT_EQ(String(recorder, "name"), "AcquisitionStart");
+  EXPECT_EQ(Short(recorder, "eventId"), -1);
+  EXPECT_EQ(Short(recorder, "streamChannel"), 2);
+  EXPECT_EQ(Int(recorder, "blockIdLow"), static_cast<jint>(0x80000000u));
+  EXPECT_EQ(Int(recorder, "timestampHigh"), 12);
+  EXPECT_EQ(Int(recorder, "dataSize"), 8);
+  jbyteArray data = static_cast<jbyteArray>(Object(recorder, "data", "[B"));
+  ASSERT_NE(data, nullptr);
+  jbyte bytes[8];
+  env_->GetByteArrayRegion(data, 0, 8, bytes);
+  EXPECT_EQ(bytes[7], 8);
+
+  std::strcpy(event.EventName, "AcquisitionEnd");
+  ASSERT_TRUE(qsim::FireEvent(sdk_, event, {}));
+  EXPECT_EQ(String(recorder, "name"), "AcquisitionEnd");
+  EXPECT_EQ(Int(recorder, "dataSize"), 0);
+  data = static_cast<jbyteArray>(Object(recorder, "data", "[B"));
+  ASSERT_NE(data, nullptr);  // an empty array, not null
+  EXPECT_EQ(env_->GetArrayLength(data), 0);
+  EXPECT_TRUE(env_->IsSameObject(Object(recorder, "firstRecord", "Ljava/lang/Object;"),
+                                 Object(recorder, "lastRecord", "Ljava/lang/Object;")));
+
+  // A new registration keeps the record made by earlier deliveries.
+  jobject next = Recorder("EventRecorder");
+  ASSERT_EQ(Register("QUORIN_RegisterAllEventCallBack", handle_, next), 0);
+  ASSERT_TRUE(qsim::FireEvent(sdk_, event, {9}));
+  EXPECT_TRUE(env_->IsSameObject(Object(next, "lastRecord", "Ljava/lang/Object;"),
+                                 Object(recorder, "firstRecord", "Ljava/lang/Object;")));
+}
+
+TEST_F(NotifyTest, GrabbingReportsStartAndEndEvents) {
+  jobject recorder = Recorder("EventRecorder");
+  ASSERT_EQ(Register("QUORIN_RegisterAllEventCallBack", handle_, recorder), 0);
+  qsim::SetAutoFrames(false);
+  ASSERT_EQ(CallInt("QUORIN_StartGrabbing", ("(" + kHandleSig + ")I").c_str(), handle_), 0);
+  ASSERT_EQ(CallInt("QUORIN_StopGrabbing", ("(" + kHandleSig + ")I").c_str(), handle_), 0);
+  EXPECT_EQ(Int(recorder, "calls"), 2);
+  EXPECT_EQ(String(recorder, "name"), "AcquisitionEnd");
+  EXPECT_NE(Long(recorder, "threadId"), ThisThreadId());
+}
+
+TEST_F(NotifyTest, TriggerNoticesCarryTheirWordsAsTheyAre) {
+  jobject recorder = Recorder("TriggerRecorder");
+  ASSERT_EQ(Register("QUORIN_RegisterTriggerCallBack", handle_, recorder), 0);
+  QUORIN_TRIGGER_INFO_DATA trigger{};
+  trigger.nTriggerIndex = 41;
+  trigger.nTriggerTimeLow = 0xFFFFFFFE;
+  trigger.nIsForceOver = 0xFFFF;
+  trigger.nIsMainCam = 1;
+  trigger.nHostTimeStamp = 0x8000000000000123ull;
+  ASSERT_TRUE(qsim::FireTrigger(sdk_, trigger));
+  trigger.nTriggerIndex = 42;
+  ASSERT_TRUE(qsim::FireTrigger(sdk_, trigger));
+  EXPECT_EQ(Int(recorder, "calls"), 2);
+  EXPECT_EQ(Int(recorder, "triggerIndex"), 42);
+  EXPECT_EQ(Int(recorder, "timeLow"), -2);
+  EXPECT_EQ(Short(recorder, "forceOver"), -1);
+  EXPECT_EQ(Short(recorder, "mainCam"), 1);
+  EXPECT_EQ(Long(recorder, "hostTimeStamp"), static_cast<jlong>(0x8000000000000123ull));
+  EXPECT_TRUE(env_->IsSameObject(Object(recorder, "firstRecord", "Ljava/lang/Object;"),
+                                 Object(recorder, "lastRecord", "Ljava/lang/Object;")));
+}
+
+TEST_F(NotifyTest, DestroyReleasesEveryContextButTheTriggers) {
+  jobject exceptions = Recorder("ExceptionRecorder");
+  jobject events = Recorder("EventRecorder");
+  jobject triggers = Recorder("TriggerRecorder");
+  jobject images = Recorder("ImageRecorder");
+  ASSERT_EQ(Register("QUORIN_RegisterExceptionCallBack", handle_, exceptions), 0);
+  ASSERT_EQ(Register("QUORIN_RegisterAllEventCallBack", handle_, events), 0);
+  ASSERT_EQ(Register("QUORIN_RegisterTriggerCallBack", handle_, triggers), 0);
+  ASSERT_EQ(Register("QUORIN_RegisterImageCallBackEx2", handle_, images), 0);
+  const jlong triggerContext = Long(handle_, "lTriggerCallParam");
+  ASSERT_NE(triggerContext, 0);
+  jobject weakExceptions = Weakly(exceptions);
+  jobject weakEvents = Weakly(events);
+  jobject weakTriggers = Weakly(triggers);
+  jobject weakImages = Weakly(images);
+
+  ASSERT_EQ(CallInt("QUORIN_CloseDevice", ("(" + kHandleSig + ")I").c_str(), handle_), 0);
+  ASSERT_EQ(CallInt("QUORIN_DestroyHandle", ("(" + kHandleSig + ")I").c_str(), handle_), 0);
+  EXPECT_EQ(Long(handle_, "lExceptionCallParam"), 0);
+  EXPECT_EQ(Long(handle_, "lAllEventCallParam"), 0);
+  EXPECT_EQ(Long(handle_, "lImageCallParam"), 0);
+  EXPECT_EQ(Long(handle_, "lTriggerCallParam"), triggerContext);  // outlives the handle, by design
+  EXPECT_FALSE(Survives(weakExceptions));
+  EXPECT_FALSE(Survives(weakEvents));
+  EXPECT_FALSE(Survives(weakImages));
+  EXPECT_TRUE(Survives(weakTriggers));
+}
+
+}  // namespace
+}  // namespace quorin_test
