@@ -6,13 +6,24 @@ import QuorinCtrlWrapper.QuorinCtrlDefine.QUORIN_DEVICE_INFO;
 import QuorinCtrlWrapper.QuorinCtrlDefine.QUORIN_BCR_INFO_EX;
 import QuorinCtrlWrapper.QuorinCtrlDefine.QUORIN_GIGE_DEVICE_INFO;
 import QuorinCtrlWrapper.QuorinCtrlDefine.QUORIN_IMAGE_OUT_INFO_EX2;
+import QuorinCtrlWrapper.QuorinCtrlDefine.QUORIN_EVENT_OUT_INFO;
+import QuorinCtrlWrapper.QuorinCtrlDefine.QUORIN_IMAGE_TYPE;
 import QuorinCtrlWrapper.QuorinCtrlDefine.QUORIN_INT_VALUE;
+import QuorinCtrlWrapper.QuorinCtrlDefine.QUORIN_SAVE_IMAGE_PARAM;
+import QuorinCtrlWrapper.QuorinCtrlDefine.QUORIN_TRIGGER_INFO_DATA;
+import QuorinCtrlWrapper.QuorinCtrlDefine.QuorinGvspPixelType;
+import java.io.IOException;
+import java.nio.file.Files;
+import java.nio.file.Path;
+import java.nio.file.Paths;
 import java.util.ArrayList;
+import java.util.Arrays;
 
 /**
- * Lists the code readers the SDK can see, opens the first one, sets a few parameters, polls
- * decoded frames for a few seconds and closes it again. Against the stand-in SDK it shows the
- * virtual readers. Usage: Demo [seconds]
+ * Lists the code readers the SDK can see, opens the first one, sets a few parameters, and for a
+ * few seconds either polls decoded frames (then saves the last one as a JPEG) or has frames,
+ * trigger notices and events pushed to callbacks. Against the stand-in SDK it shows the virtual
+ * readers. Usage: Demo [poll|callback] [seconds]
  */
 public class Demo {
     public static void main(String[] args) {
@@ -42,9 +53,14 @@ public class Demo {
         }
         System.out.printf("Handle created on %s%n", first.stGigEInfo.chSerialNumber);
         if (report("OpenDevice", QuorinCtrl.QUORIN_OpenDevice(handle))) {
-            double seconds = args.length > 0 ? Double.parseDouble(args[0]) : 3.0;
+            boolean callbacks = args.length > 0 && args[0].equals("callback");
+            double seconds = args.length > 1 ? Double.parseDouble(args[1]) : 3.0;
             configure(handle);
-            poll(handle, seconds);
+            if (callbacks) {
+                listen(handle, seconds);
+            } else {
+                poll(handle, seconds);
+            }
             report("CloseDevice", QuorinCtrl.QUORIN_CloseDevice(handle));
         }
         report("DestroyHandle", QuorinCtrl.QUORIN_DestroyHandle(handle));
@@ -91,6 +107,72 @@ public class Demo {
         double elapsed = (System.nanoTime() - start) / 1e9;
         System.out.printf("%d frames in %.1f s: %.1f frames/s%n", frames, elapsed, frames / elapsed);
         report("StopGrabbing", QuorinCtrl.QUORIN_StopGrabbing(handle));
+        if (frames > 0) {
+            saveJpeg(handle, image, frame);
+        }
+    }
+
+    /** Has the SDK encode the last frame as a JPEG and writes it next to the working folder. */
+    private static void saveJpeg(Handle handle, byte[] image, QUORIN_IMAGE_OUT_INFO_EX2 frame) {
+        QUORIN_SAVE_IMAGE_PARAM save = new QUORIN_SAVE_IMAGE_PARAM();
+        save.pData = Arrays.copyOf(image, frame.nFrameLen);
+        save.nDataLen = frame.nFrameLen;
+        save.enPixelType = QuorinGvspPixelType.PixelType_Gvsp_Mono8;
+        save.nWidth = frame.nWidth;
+        save.nHeight = frame.nHeight;
+        save.enImageType = QUORIN_IMAGE_TYPE.QUORIN_Image_Jpeg;
+        save.nJpgQuality = 90;
+        if (!report("SaveImage (JPEG)", QuorinCtrl.QUORIN_SaveImage(handle, save))) {
+            return;
+        }
+        Path path = Paths.get("quorin-demo-frame.jpg").toAbsolutePath();
+        try {
+            Files.write(path, save.pImageBuffer);
+            System.out.printf("Saved frame %d as %s (%d bytes)%n", Integer.toUnsignedLong(frame.nFrameNum), path,
+                    save.nImageLen);
+        } catch (IOException e) {
+            System.out.println("Could not write " + path + ": " + e.getMessage());
+        }
+    }
+
+    /** Frames, trigger notices and device events as the SDK pushes them, on its own threads. */
+    private static void listen(Handle handle, double seconds) {
+        // Everything handed to a callback is reused by the next delivery: copy what you keep.
+        QuorinCtrlDefine.ImageCallBack onImage = (data, info) -> {
+            String first = info.pstCodeListEx.stBcrInfoEx.isEmpty() ? "-"
+                    : info.pstCodeListEx.stBcrInfoEx.get(0).chCode;
+            System.out.printf("[image]   frame %d  %dx%d  %d code(s), first \"%s\"%n",
+                    Integer.toUnsignedLong(info.nFrameNum), info.nWidth & 0xFFFF, info.nHeight & 0xFFFF,
+                    info.pstCodeListEx.nCodeNum, first);
+            return 0;
+        };
+        QuorinCtrlDefine.TriggerCallBack onTrigger = (QUORIN_TRIGGER_INFO_DATA info) -> {
+            System.out.printf("[trigger] index %d at %d us%n", info.nTriggerIndex, info.nHostTimeStamp);
+            return 0;
+        };
+        QuorinCtrlDefine.AllEventCallBack onEvent = (QUORIN_EVENT_OUT_INFO info) -> {
+            System.out.printf("[event]   %s (id 0x%04x, %d data bytes)%n", info.EventName, info.nEventID & 0xFFFF,
+                    info.nEventDataSize);
+            return 0;
+        };
+        QuorinCtrlDefine.ExceptionCallBack onException = msgType -> {
+            System.out.printf("[exception] 0x%08x%n", msgType);
+            return 0;
+        };
+        report("RegisterImageCallBackEx2", QuorinCtrl.QUORIN_RegisterImageCallBackEx2(handle, onImage));
+        report("RegisterTriggerCallBack", QuorinCtrl.QUORIN_RegisterTriggerCallBack(handle, onTrigger));
+        report("RegisterAllEventCallBack", QuorinCtrl.QUORIN_RegisterAllEventCallBack(handle, onEvent));
+        report("RegisterExceptionCallBack", QuorinCtrl.QUORIN_RegisterExceptionCallBack(handle, onException));
+        if (!report("StartGrabbing", QuorinCtrl.QUORIN_StartGrabbing(handle))) {
+            return;
+        }
+        try {
+            Thread.sleep((long) (seconds * 1000));
+        } catch (InterruptedException e) {
+            Thread.currentThread().interrupt();
+        }
+        // Stopping waits for a delivery under way; after it no callback runs.
+        report("StopGrabbing", QuorinCtrl.QUORIN_StopGrabbing(handle));
     }
 
     private static void printDevice(int index, QUORIN_DEVICE_INFO device) {
@@ -118,7 +200,7 @@ public class Demo {
     }
 
     private static boolean report(String what, int status) {
-        System.out.printf("%-18s %s%n", what, status == 0 ? "ok" : String.format("failed 0x%08x", status));
+        System.out.printf("%-26s %s%n", what, status == 0 ? "ok" : String.format("failed 0x%08x", status));
         return status == 0;
     }
 }
