@@ -11,8 +11,6 @@
 namespace quorin_test {
 namespace {
 
-constexpr jint kNullHandle = static_cast<jint>(0x80020000u);
-constexpr jint kBadArgument = static_cast<jint>(0x80020004u);
 const std::string kStr = "Ljava/lang/String;";
 const std::string kInteger = "Ljava/lang/Integer;";
 

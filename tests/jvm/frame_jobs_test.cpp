@@ -7,10 +7,6 @@
 namespace quorin_test {
 namespace {
 
-constexpr jint kNullHandle = static_cast<jint>(0x80020000u);
-constexpr jint kPayloadUnknown = static_cast<jint>(0x80020003u);
-constexpr jint kBadArgument = static_cast<jint>(0x80020004u);
-constexpr jint kBufferTooSmall = static_cast<jint>(0x8002000au);
 
 template <typename Record>
 std::vector<unsigned char> BytesOf(const Record& record) {
@@ -21,13 +17,6 @@ std::vector<unsigned char> BytesOf(const Record& record) {
 
 class FrameJobsTest : public JvmTest {
  protected:
-  jobject Grabbing(int reader, long long payload) {
-    jobject handle = OpenReader(reader);
-    qsim::SetAutoFrames(false);
-    qsim::SetIntNode(SdkHandle(handle), "PayloadSize", payload, 0, payload, 1, qsim::Access::kReadOnly);
-    EXPECT_EQ(CallInt("QUORIN_StartGrabbing", ("(" + kHandleSig + ")I").c_str(), handle), 0);
-    return handle;
-  }
   jint LegacyFetch(jobject handle, jbyteArray data, jobject frame, jint timeout = 1000) {
     return CallInt("QUORIN_GetOneFrameTimeout",
                    ("(" + kHandleSig + "[BL" + Define("QUORIN_FRAME_OUT_INFO") + ";I)I").c_str(), handle, data, frame,
@@ -82,7 +71,7 @@ TEST_F(FrameJobsTest, LegacyFetchChecksPrintTheirTexts) {
   EXPECT_EQ(LegacyFetch(idle, env_->NewByteArray(4), frame), kPayloadUnknown);
   EXPECT_EQ(testing::internal::GetCapturedStdout(),
             "JNI QUORIN_GetOneFrameTimeout, param is errorJNI test PayloadSize is 0");
-  jobject handle = Grabbing(1, 64);
+  jobject handle = GrabbingPushedFrames(1, 64);
   EXPECT_EQ(LegacyFetch(handle, env_->NewByteArray(63), frame), kBufferTooSmall);
   SetInt(frame, "nFrameNum", 5);
   EXPECT_EQ(LegacyFetch(handle, env_->NewByteArray(64), frame, 20), static_cast<jint>(qsim::kNoData));
@@ -90,7 +79,7 @@ TEST_F(FrameJobsTest, LegacyFetchChecksPrintTheirTexts) {
 }
 
 TEST_F(FrameJobsTest, LegacyRecordConvertsCodesPointsAndWaybillImage) {
-  jobject handle = Grabbing(0, 64);
+  jobject handle = GrabbingPushedFrames(0, 64);
   auto record = std::make_unique<QUORIN_FRAME_OUT_INFO>();
   record->nWidth = 0xFFFF;
   record->enPixelType = 0x01080001;
@@ -161,7 +150,7 @@ TEST_F(FrameJobsTest, LegacyFetchServesTheProducedFrames) {
 }
 
 TEST_F(FrameJobsTest, WaybillRequestRebuildsTheFrameRecordWithItsQuirks) {
-  jobject handle = Grabbing(2, 320 * 240);
+  jobject handle = GrabbingPushedFrames(2, 320 * 240);
   qsim::Frame pushed;
   pushed.info.nWidth = 320;
   pushed.info.nHeight = 240;

@@ -7,10 +7,6 @@
 namespace quorin_test {
 namespace {
 
-constexpr jint kNullHandle = static_cast<jint>(0x80020000u);
-constexpr jint kPayloadUnknown = static_cast<jint>(0x80020003u);
-constexpr jint kBadArgument = static_cast<jint>(0x80020004u);
-constexpr jint kBufferTooSmall = static_cast<jint>(0x8002000au);
 const std::string kFrameSig = "L" + Define("QUORIN_IMAGE_OUT_INFO_EX2") + ";";
 const std::string kEx2Sig = "(" + kHandleSig + "[B" + kFrameSig + "I)I";
 const std::string kMscSig = "(" + kHandleSig + "[B" + kFrameSig + "II)I";
@@ -36,14 +32,6 @@ class FrameTest : public JvmTest {
     std::vector<unsigned char> bytes(env_->GetArrayLength(array));
     env_->GetByteArrayRegion(array, 0, static_cast<jsize>(bytes.size()), reinterpret_cast<jbyte*>(bytes.data()));
     return bytes;
-  }
-  // A handle grabbing only the frames the test pushes, with a PayloadSize of `payload`.
-  jobject GrabbingPushedFrames(int reader, long long payload) {
-    jobject handle = OpenReader(reader);
-    qsim::SetAutoFrames(false);
-    qsim::SetIntNode(SdkHandle(handle), "PayloadSize", payload, 0, payload, 1, qsim::Access::kReadOnly);
-    EXPECT_EQ(Start(handle), 0);
-    return handle;
   }
   std::string EnumName(jobject constant) {
     if (constant == nullptr) return "<null>";

@@ -10,7 +10,6 @@ namespace {
 const std::string kCreate = "(" + kDeviceInfoSig + ")" + kHandleSig;
 const std::string kCreateBySerial = "(Ljava/lang/String;)" + kHandleSig;
 const std::string kHandleToStatus = "(" + kHandleSig + ")I";
-constexpr jint kNullHandle = static_cast<jint>(0x80020000u);
 
 class HandleTest : public JvmTest {
  protected:

@@ -11,8 +11,6 @@
 namespace quorin_test {
 namespace {
 
-constexpr jint kNullHandle = static_cast<jint>(0x80020000u);
-constexpr jint kBadArgument = static_cast<jint>(0x80020004u);
 
 class ImageCallbackTest : public JvmTest {
  protected:
@@ -26,14 +24,6 @@ class ImageCallbackTest : public JvmTest {
   }
   jint Start(jobject handle) { return CallInt("QUORIN_StartGrabbing", ("(" + kHandleSig + ")I").c_str(), handle); }
   jint Stop(jobject handle) { return CallInt("QUORIN_StopGrabbing", ("(" + kHandleSig + ")I").c_str(), handle); }
-  // A reader grabbing only what the test fires, with the given PayloadSize.
-  jobject Grabbing(int reader, long long payload) {
-    jobject handle = OpenReader(reader);
-    qsim::SetAutoFrames(false);
-    qsim::SetIntNode(SdkHandle(handle), "PayloadSize", payload, 0, payload, 1, qsim::Access::kReadOnly);
-    EXPECT_EQ(Start(handle), 0);
-    return handle;
-  }
   static qsim::Frame FrameOf(unsigned int number, std::vector<unsigned char> image) {
     qsim::Frame frame;
     frame.info.nFrameNum = number;
@@ -74,7 +64,7 @@ TEST_F(ImageCallbackTest, RegistrationTestsHandleThenChannel) {
 }
 
 TEST_F(ImageCallbackTest, EveryDeliveryReusesTheArrayAndTheSharedFrameObject) {
-  jobject handle = Grabbing(0, 32);
+  jobject handle = GrabbingPushedFrames(0, 32);
   jobject recorder = New("QuorinTest/ImageRecorder");
   ASSERT_EQ(Register(handle, recorder), 0);
   ASSERT_TRUE(qsim::FireImage(SdkHandle(handle), FrameOf(10, {1, 2, 3, 4})));
@@ -91,7 +81,7 @@ TEST_F(ImageCallbackTest, EveryDeliveryReusesTheArrayAndTheSharedFrameObject) {
   EXPECT_EQ(Int(recorder, "firstCode1DQuality"), 1);  // the callback writes the 1-D flag
 
   // Another Handle gets its own array but the same frame object.
-  jobject other = Grabbing(2, 16);
+  jobject other = GrabbingPushedFrames(2, 16);
   jobject otherRecorder = New("QuorinTest/ImageRecorder");
   ASSERT_EQ(Register(other, otherRecorder), 0);
   ASSERT_TRUE(qsim::FireImage(SdkHandle(other), FrameOf(1, {5})));
@@ -119,7 +109,7 @@ TEST_F(ImageCallbackTest, FramesWithoutAKnownSizeAreDroppedAndLongFramesCut) {
 }
 
 TEST_F(ImageCallbackTest, UnregisteringAndThrowingCallbacks) {
-  jobject handle = Grabbing(0, 8);
+  jobject handle = GrabbingPushedFrames(0, 8);
   jobject thrower = New("QuorinTest/ThrowingCallback");
   ASSERT_EQ(Register(handle, thrower), 0);
   EXPECT_TRUE(qsim::FireImage(SdkHandle(handle), FrameOf(1, {1})));

@@ -184,6 +184,14 @@ jobject JvmTest::OpenReader(int index, bool open) {
   return handle;
 }
 
+jobject JvmTest::GrabbingPushedFrames(int reader, long long payload) {
+  jobject handle = OpenReader(reader);
+  qsim::SetAutoFrames(false);
+  qsim::SetIntNode(SdkHandle(handle), "PayloadSize", payload, 0, payload, 1, qsim::Access::kReadOnly);
+  EXPECT_EQ(CallInt("QUORIN_StartGrabbing", ("(" + kHandleSig + ")I").c_str(), handle), 0);
+  return handle;
+}
+
 void* JvmTest::SdkHandle(jobject handle, const char* field) {
   return reinterpret_cast<void*>(static_cast<uintptr_t>(Long(handle, field)));
 }

@@ -59,6 +59,9 @@ class JvmTest : public testing::Test {
 
   // A Handle on default reader `index` (0..3), opened when asked.
   jobject OpenReader(int index, bool open = true);
+  // A Handle on default reader `reader`, opened, grabbing through the bridge with the given
+  // PayloadSize, and delivering only the frames the test pushes or fires.
+  jobject GrabbingPushedFrames(int reader, long long payload);
   // The SDK handle a Java Handle carries.
   void* SdkHandle(jobject handle, const char* field = "hHandle");
 
@@ -68,6 +71,12 @@ class JvmTest : public testing::Test {
   jclass Ctrl();
   jfieldID Field(jobject obj, const char* field, const char* sig);
 };
+
+// The bridge's own status words, as Java sees them.
+constexpr jint kNullHandle = static_cast<jint>(0x80020000u);
+constexpr jint kPayloadUnknown = static_cast<jint>(0x80020003u);
+constexpr jint kBadArgument = static_cast<jint>(0x80020004u);
+constexpr jint kBufferTooSmall = static_cast<jint>(0x8002000au);
 
 // Signatures the tests use often.
 inline const std::string kHandleSig = "LQuorinCtrlWrapper/QuorinCtrlDefine$Handle;";

@@ -12,8 +12,6 @@
 namespace quorin_test {
 namespace {
 
-constexpr jint kNullHandle = static_cast<jint>(0x80020000u);
-constexpr jint kBadArgument = static_cast<jint>(0x80020004u);
 const std::string kStr = "Ljava/lang/String;";
 
 class MetadataTest : public JvmTest {

@@ -8,7 +8,6 @@
 namespace quorin_test {
 namespace {
 
-constexpr jint kNullHandle = static_cast<jint>(0x80020000u);
 
 class NotifyTest : public JvmTest {
  protected:

@@ -7,8 +7,6 @@
 namespace quorin_test {
 namespace {
 
-constexpr jint kNullHandle = static_cast<jint>(0x80020000u);
-constexpr jint kBadArgument = static_cast<jint>(0x80020004u);
 const std::string kString = "Ljava/lang/String;";
 
 class ParamsTest : public JvmTest {
