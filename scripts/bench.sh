@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the bridge and the polling benchmark (x86_64, Release) and runs the benchmark against a
-# virtual reader. Usage: scripts/bench.sh [--frames N]
+# Builds the bridge and the benchmarks (x86_64, Release) and runs them against virtual readers:
+# frame polling, then image callbacks. Usage: scripts/bench.sh [--frames N]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 ./scripts/setup.sh --no-i386
