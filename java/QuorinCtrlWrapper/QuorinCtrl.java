@@ -86,7 +86,11 @@ public class QuorinCtrl {
     public static native int QUORIN_StartUpgradeDeviceByHandle(Handle handle, QUORIN_DEVICE_INFO pstDevInfo,
             String strFilePathName);
 
-    /** Writes the upgrade progress into nProcess; returns status. */
+    /**
+     * Writes the upgrade progress into nProcess, also when the SDK fails; returns status.
+     * The value is stored into the given Integer object itself: pass a fresh {@code new Integer(0)},
+     * never a boxed constant such as {@code Integer x = 0}, which the whole program shares.
+     */
     public static native int QUORIN_GetUpgradeProcessByHandle(Handle handle, Integer nProcess);
 
     // ---- GigE network ----
@@ -101,7 +105,12 @@ public class QuorinCtrl {
     /** Sets the control-channel time-out in milliseconds (not negative); returns status. */
     public static native int QUORIN_GIGE_SetGvcpTimeout(Handle handle, int nMillisec);
 
-    /** Writes the control-channel time-out in milliseconds into nMillisec; returns status. */
+    /**
+     * Writes the control-channel time-out in milliseconds into nMillisec, also when the SDK fails;
+     * returns status.
+     * The value is stored into the given Integer object itself: pass a fresh {@code new Integer(0)},
+     * never a boxed constant such as {@code Integer x = 0}, which the whole program shares.
+     */
     public static native int QUORIN_GIGE_GetGvcpTimeout(Handle handle, Integer nMillisec);
 
     // ---- Typed parameters ----
@@ -157,7 +166,12 @@ public class QuorinCtrl {
     public static native int QUORIN_Algorithm_GetIntValue(Handle handle, String strKey,
             QUORIN_ALGORITHM_INT_VALUE pstValue);
 
-    /** Copies the feature description file into pData and its length into nDataLen; returns status. */
+    /**
+     * Copies the feature description file into pData and its full length into nDataLen; returns
+     * status (the SDK's when pData is too small, with the length needed in nDataLen).
+     * The value is stored into the given Integer object itself: pass a fresh {@code new Integer(0)},
+     * never a boxed constant such as {@code Integer x = 0}, which the whole program shares.
+     */
     public static native int QUORIN_XML_GetGenICamXML(Handle handle, byte[] pData, Integer nDataLen);
 
     /** Fills pstAccessMode.accessMode with the node's access mode; returns status. */
