@@ -110,27 +110,12 @@ constexpr unsigned int kDataMatrix = 2;
 constexpr unsigned int kCode128 = 3;
 constexpr unsigned int kBarTypes[] = {kQrCode, kDataMatrix, kCode128};
 
-constexpr int QUORIN_CODE_INFO::*kGrades[] = {
-    &QUORIN_CODE_INFO::nOverQuality, &QUORIN_CODE_INFO::nDeCode,      &QUORIN_CODE_INFO::nSCGrade,
-    &QUORIN_CODE_INFO::nModGrade,    &QUORIN_CODE_INFO::nFPDGrade,    &QUORIN_CODE_INFO::nANGrade,
-    &QUORIN_CODE_INFO::nGNGrade,     &QUORIN_CODE_INFO::nUECGrade,    &QUORIN_CODE_INFO::nPGHGrade,
-    &QUORIN_CODE_INFO::nPGVGrade,    &QUORIN_CODE_INFO::nRMGrade,     &QUORIN_CODE_INFO::n1DEdgeGrade,
-    &QUORIN_CODE_INFO::n1DMinRGrade, &QUORIN_CODE_INFO::n1DMinEGrade, &QUORIN_CODE_INFO::n1DDcdGrade,
-    &QUORIN_CODE_INFO::n1DDefGrade,  &QUORIN_CODE_INFO::n1DQZGrade};
-
-constexpr float QUORIN_CODE_INFO::*kScores[] = {
-    &QUORIN_CODE_INFO::fSCScore,     &QUORIN_CODE_INFO::fModScore,    &QUORIN_CODE_INFO::fFPDScore,
-    &QUORIN_CODE_INFO::fAnScore,     &QUORIN_CODE_INFO::fGNScore,     &QUORIN_CODE_INFO::fUECScore,
-    &QUORIN_CODE_INFO::fPGHScore,    &QUORIN_CODE_INFO::fPGVScore,    &QUORIN_CODE_INFO::fRMScore,
-    &QUORIN_CODE_INFO::f1DEdgeScore, &QUORIN_CODE_INFO::f1DMinRScore, &QUORIN_CODE_INFO::f1DMinEScore,
-    &QUORIN_CODE_INFO::f1DDcdScore,  &QUORIN_CODE_INFO::f1DDefScore,  &QUORIN_CODE_INFO::f1DQZScore};
-
 // Grades 1..4 with scores to match, different from code to code.
 QUORIN_CODE_INFO QualityOf(unsigned int index) {
   QUORIN_CODE_INFO quality{};
-  for (size_t i = 0; i < std::size(kGrades); ++i) quality.*kGrades[i] = 1 + static_cast<int>((index + i) % 4);
-  for (size_t i = 0; i < std::size(kScores); ++i) {
-    quality.*kScores[i] = 55.0f + static_cast<float>((index * 7 + i * 3) % 45) + 0.25f;
+  for (size_t i = 0; i < std::size(qsim::kQualityGrades); ++i) quality.*qsim::kQualityGrades[i] = 1 + static_cast<int>((index + i) % 4);
+  for (size_t i = 0; i < std::size(qsim::kQualityScores); ++i) {
+    quality.*qsim::kQualityScores[i] = 55.0f + static_cast<float>((index * 7 + i * 3) % 45) + 0.25f;
   }
   return quality;
 }

@@ -93,30 +93,15 @@ class MovingBars : public FramePattern {
 // ---------------------------------------------------------------------------
 // Codes.
 
-constexpr int QUORIN_CODE_INFO::*kGradeFields[] = {
-    &QUORIN_CODE_INFO::nOverQuality, &QUORIN_CODE_INFO::nDeCode,      &QUORIN_CODE_INFO::nSCGrade,
-    &QUORIN_CODE_INFO::nModGrade,    &QUORIN_CODE_INFO::nFPDGrade,    &QUORIN_CODE_INFO::nANGrade,
-    &QUORIN_CODE_INFO::nGNGrade,     &QUORIN_CODE_INFO::nUECGrade,    &QUORIN_CODE_INFO::nPGHGrade,
-    &QUORIN_CODE_INFO::nPGVGrade,    &QUORIN_CODE_INFO::nRMGrade,     &QUORIN_CODE_INFO::n1DEdgeGrade,
-    &QUORIN_CODE_INFO::n1DMinRGrade, &QUORIN_CODE_INFO::n1DMinEGrade, &QUORIN_CODE_INFO::n1DDcdGrade,
-    &QUORIN_CODE_INFO::n1DDefGrade,  &QUORIN_CODE_INFO::n1DQZGrade};
-
-constexpr float QUORIN_CODE_INFO::*kScoreFields[] = {
-    &QUORIN_CODE_INFO::fSCScore,     &QUORIN_CODE_INFO::fModScore,    &QUORIN_CODE_INFO::fFPDScore,
-    &QUORIN_CODE_INFO::fAnScore,     &QUORIN_CODE_INFO::fGNScore,     &QUORIN_CODE_INFO::fUECScore,
-    &QUORIN_CODE_INFO::fPGHScore,    &QUORIN_CODE_INFO::fPGVScore,    &QUORIN_CODE_INFO::fRMScore,
-    &QUORIN_CODE_INFO::f1DEdgeScore, &QUORIN_CODE_INFO::f1DMinRScore, &QUORIN_CODE_INFO::f1DMinEScore,
-    &QUORIN_CODE_INFO::f1DDcdScore,  &QUORIN_CODE_INFO::f1DDefScore,  &QUORIN_CODE_INFO::f1DQZScore};
-
 // Grades from 4 (best) down to 1, neighbouring fields one apart so a swap shows.
 QUORIN_CODE_INFO QualityOf(unsigned long long number) {
   QUORIN_CODE_INFO quality{};
   const int grade = 4 - static_cast<int>(number % 4);
-  for (size_t i = 0; i < std::size(kGradeFields); ++i) {
-    quality.*kGradeFields[i] = std::max(0, grade - static_cast<int>(i % 2));
+  for (size_t i = 0; i < std::size(kQualityGrades); ++i) {
+    quality.*kQualityGrades[i] = std::max(0, grade - static_cast<int>(i % 2));
   }
-  for (size_t i = 0; i < std::size(kScoreFields); ++i) {
-    quality.*kScoreFields[i] = static_cast<float>(grade) - 0.05f * static_cast<float>(i);
+  for (size_t i = 0; i < std::size(kQualityScores); ++i) {
+    quality.*kQualityScores[i] = static_cast<float>(grade) - 0.05f * static_cast<float>(i);
   }
   return quality;
 }

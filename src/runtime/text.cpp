@@ -106,13 +106,16 @@ jstring DeviceTextToJava(JNIEnv* env, const char* text) {
   if (!IsStrUTF8(text, static_cast<int>(length))) return cToJstringutf(env, text);
   // The staging buffer always holds the whole text: a long text is never cut or overrun.
   constexpr size_t kStackStaging = 4096;
-  char stackBuffer[kStackStaging] = {};
+  char stackBuffer[kStackStaging];
   std::vector<char> heapBuffer;
   char* staging = stackBuffer;
   if (length >= kStackStaging) {
-    heapBuffer.assign(length + 1, '\0');
+    heapBuffer.resize(length + 1);
     staging = heapBuffer.data();
   }
+  // The copy stops with a terminator of its own or fills exactly `length` bytes; only the
+  // byte after them needs zeroing, not the whole buffer (this runs once per decoded code).
+  staging[length] = '\0';
   MultiByteToUTFchar(staging, text, static_cast<unsigned int>(length));
   return env->NewStringUTF(staging);
 }
