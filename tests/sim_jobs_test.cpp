@@ -313,7 +313,7 @@ TEST_F(SaveImageTest, RefusalsHaveTheirOwnStatusesAndKeepTheLastImage) {
   bad = param_;
   bad.enImageType = QUORIN_Image_Bmp;
   bad.nDataLen = 61 * 37 - 1;
-  EXPECT_EQ(qsim::kImageTooShort, AsWord(QUORIN_SaveImage(handle_, &bad)));
+  EXPECT_EQ(qsim::kBadParameter, AsWord(QUORIN_SaveImage(handle_, &bad)));
   bad = param_;
   bad.enImageType = QUORIN_Image_Jpeg;
   for (unsigned int quality : {0u, 101u}) {
@@ -367,6 +367,7 @@ class WaybillTest : public JobsTest {
     info_.nWidth = static_cast<unsigned short>(picture_.width);
     info_.nHeight = static_cast<unsigned short>(picture_.height);
     info_.enPixelType = PixelType_Gvsp_Mono8;
+    info_.nFrameLen = static_cast<unsigned int>(picture_.pixels.size());
     info_.nFrameNum = 77;
     info_.pstCodeList = codes_.get();
     info_.pstCodeListEx = codesEx_.get();
@@ -464,6 +465,10 @@ TEST_F(WaybillTest, RefusalsScriptsAndTheHandleRules) {
   info_.nWidth = 0;
   EXPECT_EQ(qsim::kBadParameter, AsWord(Cut()));
   info_.nWidth = width;
+  info_.nFrameLen -= 1;  // one pixel short of what the header declares: refused, never read past
+  EXPECT_EQ(qsim::kBadParameter, AsWord(Cut()));
+  EXPECT_EQ(info_.nFrameLen, qsim::LastWaybillRequest(handle_).image.size());
+  info_.nFrameLen += 1;
   EXPECT_EQ(0u, waybills_->nWaybillNum);  // no refusal answered
   EXPECT_EQ(qsim::kNotOpen, AsWord(QUORIN_GetWayBillInfoEx(Create(k2DReader), picture_.pixels.data(), &info_)));
 

@@ -51,7 +51,6 @@ constexpr unsigned int kNoSuchFile = 0x80060202;            // a host file that 
 constexpr unsigned int kNoSuchDeviceFile = 0x80060203;      // the reader keeps no file of that name
 constexpr unsigned int kUnsupportedFormat = 0x80060204;     // an image type other than BMP, JPEG or PNG
 constexpr unsigned int kUnsupportedPixelType = 0x80060205;  // pixels other than Mono8
-constexpr unsigned int kImageTooShort = 0x80060206;         // fewer bytes than width x height
 constexpr unsigned int kBadFirmware = 0x80060207;           // an empty firmware file
 constexpr unsigned int kUnknown = 0x800600FF;
 

@@ -19,7 +19,7 @@ struct WaybillRequest {
   std::vector<QUORIN_BCR_INFO> codes;  // the plain code list's entries, nCodeNum of them
   unsigned int extendedCodeCount = 0;  // nCodeNum of the extended list, 0 when none came
   QUORIN_WAYBILL_LIST waybills{};      // the waybill list as sent, before the answer replaced it
-  std::vector<unsigned char> image;    // nWidth x nHeight bytes of the image argument
+  std::vector<unsigned char> image;    // the image argument: nWidth x nHeight bytes, or nFrameLen if fewer
 };
 
 // QUORIN_GetWayBillInfoEx cuts one waybill per code of the plain code list: the bounding box of

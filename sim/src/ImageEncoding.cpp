@@ -88,6 +88,11 @@ std::vector<unsigned char> EncodeGreyPng(const unsigned char* pixels, unsigned i
   return encoded;
 }
 
+unsigned long long DeclaredImageBytes(long long pixelType, unsigned int width, unsigned int height) {
+  const unsigned long long bitsPerPixel = (static_cast<unsigned long long>(pixelType) >> 16) & 0xFF;
+  return (bitsPerPixel * width * height + 7) / 8;
+}
+
 Status EncodeSavedImage(const QUORIN_SAVE_IMAGE_PARAM& param, std::vector<unsigned char>& encoded) {
   if (param.pData == nullptr || param.nWidth == 0 || param.nHeight == 0) {
     return kBadParameter;
@@ -98,8 +103,8 @@ Status EncodeSavedImage(const QUORIN_SAVE_IMAGE_PARAM& param, std::vector<unsign
   if (param.enPixelType != PixelType_Gvsp_Mono8) {
     return kUnsupportedPixelType;
   }
-  if (param.nDataLen < 1u * param.nWidth * param.nHeight) {
-    return kImageTooShort;
+  if (DeclaredImageBytes(param.enPixelType, param.nWidth, param.nHeight) > param.nDataLen) {
+    return kBadParameter;  // the pixels it declares are not all there to read
   }
   const bool jpeg = param.enImageType == QUORIN_Image_Jpeg;
   if (jpeg && (param.nJpgQuality < 1 || param.nJpgQuality > 100)) {

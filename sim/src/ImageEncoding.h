@@ -9,6 +9,10 @@
 
 namespace qsim {
 
+// Bytes an image of width x height takes at a GVSP pixel type, whose second-highest byte
+// counts its bits per pixel; rounded up to whole bytes.
+unsigned long long DeclaredImageBytes(long long pixelType, unsigned int width, unsigned int height);
+
 // Checks a save request and encodes its Mono8 pixels as its enImageType (BMP, JPEG or PNG).
 Status EncodeSavedImage(const QUORIN_SAVE_IMAGE_PARAM& param, std::vector<unsigned char>& encoded);
 

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "FrameSynthesis.h"
+#include "ImageEncoding.h"
 
 namespace qsim {
 namespace {
@@ -66,7 +67,9 @@ WaybillRequest Snapshot(const unsigned char* image, const QUORIN_IMAGE_OUT_INFO_
   if (info.pstWaybillList != nullptr) {
     request.waybills = *info.pstWaybillList;
   }
-  request.image.assign(image, image + static_cast<size_t>(info.nWidth) * info.nHeight);
+  // Never more than the frame's own length: a request that declares more is refused unread.
+  const size_t readable = std::min<unsigned long long>(info.nFrameLen, 1ULL * info.nWidth * info.nHeight);
+  request.image.assign(image, image + readable);
   return request;
 }
 
@@ -74,10 +77,16 @@ Status CheckRequest(const QUORIN_IMAGE_OUT_INFO_EX2& info) {
   if (info.nWidth == 0 || info.nHeight == 0 || info.pstWaybillList == nullptr) {
     return kBadParameter;
   }
+  if (info.enPixelType != PixelType_Gvsp_Mono8) {
+    return kUnsupportedPixelType;
+  }
+  if (DeclaredImageBytes(info.enPixelType, info.nWidth, info.nHeight) > info.nFrameLen) {
+    return kBadParameter;  // the frame declares pixels beyond the bytes it was given
+  }
   if (info.pstCodeList != nullptr && info.pstCodeList->nCodeNum > QUORIN_MAX_BCR_NUM) {
     return kBadParameter;  // entries past the list's capacity are not the sender's memory
   }
-  return info.enPixelType == PixelType_Gvsp_Mono8 ? Status{0} : kUnsupportedPixelType;
+  return 0;
 }
 
 }  // namespace

@@ -12,8 +12,8 @@ namespace qsim {
 class WaybillCutter {
  public:
   // Reads the plain code list of `info` and answers in its waybill list, with BMP images that stay
-  // valid until the next Cut; `image` holds info.nWidth x info.nHeight Mono8 bytes. Every request
-  // is kept, the refused ones too.
+  // valid until the next Cut. `image` holds info.nFrameLen bytes; a request whose nWidth x nHeight
+  // at its pixel type needs more is refused unread. Every request is kept, the refused ones too.
   Status Cut(const unsigned char* image, QUORIN_IMAGE_OUT_INFO_EX2& info);
   const WaybillRequest& LastRequest() const { return last_; }
 
