@@ -29,6 +29,15 @@ constexpr jint kStatusBufferTooSmall = static_cast<jint>(0x8002000au);
     }                               \
   } while (0)
 
+// Returns `status` once a JNI call has left an exception pending: nothing more may reach the
+// SDK or the VM, and Java sees that first exception.
+#define RETURN_IF_PENDING(env, status) \
+  do {                                 \
+    if ((env)->ExceptionCheck()) {     \
+      return (status);                 \
+    }                                  \
+  } while (0)
+
 // ---------------------------------------------------------------------------
 // JNI type signatures.
 namespace jsig {
@@ -149,6 +158,7 @@ jint GetIntoInteger(JNIEnv* env, jobject handle, jobject integer, const char* ha
   unsigned int value = 0;
   const int status = sdkGet(SdkHandleOf(env, handle, handleField), &value);
   SetIntegerValue(env, integer, value);
+  RETURN_IF_PENDING(env, kStatusBadArgument);
   return status;
 }
 
@@ -186,11 +196,14 @@ class ScopedLocalRef {
   T ref_;
 };
 
-// Modified-UTF-8 characters of a Java string; a null string gives a null, empty object.
+// Modified-UTF-8 characters of a Java string; a null string, or one met with an exception
+// pending, gives a null, empty object.
 class ScopedUtfChars {
  public:
   ScopedUtfChars(JNIEnv* env, jstring string)
-      : env_(env), string_(string), chars_(string ? env->GetStringUTFChars(string, nullptr) : nullptr) {}
+      : env_(env),
+        string_(string),
+        chars_(string && !env->ExceptionCheck() ? env->GetStringUTFChars(string, nullptr) : nullptr) {}
   ScopedUtfChars(const ScopedUtfChars&) = delete;
   ScopedUtfChars& operator=(const ScopedUtfChars&) = delete;
   ~ScopedUtfChars() {
@@ -212,12 +225,13 @@ class ScopedUtfChars {
   const char* chars_;
 };
 
-// The elements of a Java byte array, released with the mode given where the array is taken.
+// The elements of a Java byte array, released with the mode given where the array is taken;
+// null for a null array or one met with an exception pending.
 class ScopedByteArrayElements {
  public:
   ScopedByteArrayElements(JNIEnv* env, jbyteArray array, jint releaseMode)
       : env_(env), array_(array), mode_(releaseMode),
-        elements_(array ? env->GetByteArrayElements(array, nullptr) : nullptr) {}
+        elements_(array && !env->ExceptionCheck() ? env->GetByteArrayElements(array, nullptr) : nullptr) {}
   ScopedByteArrayElements(const ScopedByteArrayElements&) = delete;
   ScopedByteArrayElements& operator=(const ScopedByteArrayElements&) = delete;
   ~ScopedByteArrayElements() {

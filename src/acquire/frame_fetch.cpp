@@ -19,6 +19,7 @@ jint FetchFrame(JNIEnv* env, jobject handle, jbyteArray data, jobject target, ji
   CopyFrameImage(env, image, info.nFrameLen, data);
   LocalFrameClasses classes(env);
   FillImageOutInfoEx2(env, info, target, classes.get(), oneDQuality);
+  RETURN_IF_PENDING(env, kStatusBadArgument);  // a list that would not take the frame's entries
   return kStatusOk;
 }
 

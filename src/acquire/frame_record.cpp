@@ -140,10 +140,17 @@ bool EnumNumber(JNIEnv* env, jobject target, const char* field, const char* fiel
   return !env->ExceptionCheck();
 }
 
+namespace {
+// A class found by name, or null without a lookup once an earlier one has failed.
+jclass FindClassUnlessPending(JNIEnv* env, const char* name) {
+  return env->ExceptionCheck() ? nullptr : env->FindClass(name);
+}
+}  // namespace
+
 LocalFrameClasses::LocalFrameClasses(JNIEnv* env)
     : env_(env),
-      classes_{env->FindClass(jclassname::kBcrInfoEx), env->FindClass(jclassname::kWaybillInfo),
-               env->FindClass(jclassname::kPixelType), env->FindClass(jclassname::kImageType)} {}
+      classes_{FindClassUnlessPending(env, jclassname::kBcrInfoEx), FindClassUnlessPending(env, jclassname::kWaybillInfo),
+               FindClassUnlessPending(env, jclassname::kPixelType), FindClassUnlessPending(env, jclassname::kImageType)} {}
 
 LocalFrameClasses::~LocalFrameClasses() {
   for (jclass cls : {classes_.bcrInfo, classes_.waybillInfo, classes_.pixelType, classes_.imageType}) {

@@ -43,6 +43,7 @@ void FillList(JNIEnv* env, jobject owner, const char* field, jclass entryClass, 
   jmethodID constructor = env->GetMethodID(entryClass, "<init>", jsig::kNoArgConstructor);
   if (constructor == nullptr) return;
   for (unsigned int i = 0; i < count; ++i) {
+    if (env->ExceptionCheck()) return;  // an entry's conversion failed: Java sees that error
     ScopedLocalFrame frame(env, kEntryLocalRefs);
     if (!frame.ok()) return;
     jobject entry = env->NewObject(entryClass, constructor);
@@ -67,6 +68,7 @@ class ListReader {
   jint size() const { return size_; }
   // A new local reference to entry `index` (< size()), or null.
   jobject At(jint index) {
+    RETURN_IF_PENDING(env_, nullptr);
     jobject entry = env_->CallObjectMethod(list_.get(), get_, index);
     return env_->ExceptionCheck() ? nullptr : entry;
   }

@@ -19,6 +19,7 @@ namespace {
 // constant carries leaves the field as it was.
 void SetEnumByName(JNIEnv* env, jobject target, const char* field, const char* fieldSig, const char* className,
                    unsigned int number) {
+  if (env->ExceptionCheck()) return;
   ScopedLocalRef<jclass> enumClass(env, env->FindClass(className));
   ScopedLocalRef<jobject> constant(env, GetEnumObject(env, enumClass.get(), className, "nValue", jsig::kInt, number));
   if (constant) SetFieldValue(env, target, field, fieldSig, PointerWord(constant.get()));
@@ -70,6 +71,7 @@ void FillLegacyFrame(JNIEnv* env, const QUORIN_FRAME_OUT_INFO& info, jobject tar
   // The code area holds at most 204 entries; a larger count is never read past it.
   const unsigned int count = std::min<unsigned int>(info.nCodeNumber, QUORIN_MAX_BCRINFO_NUM);
   SetFieldValue(env, target, "nCodeNumber", jsig::kInt, count);
+  if (env->ExceptionCheck()) return;
   ScopedLocalRef<jclass> codeClass(env, env->FindClass(jclassname::kBcrInfo));
   ScopedLocalRef<jclass> pointClass(env, env->FindClass(jclassname::kPoint));
   FillList(env, target, "bcrinfoList", codeClass.get(), info.stBcrInfo, count,
@@ -91,5 +93,6 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1GetOneFrameTime
   if (status != 0) return status;  // nothing of the caller's is touched
   CopyFrameImage(env, image, record->nFrameLen, data);
   FillLegacyFrame(env, *record, info);
+  RETURN_IF_PENDING(env, kStatusBadArgument);  // a list that would not take the frame's entries
   return kStatusOk;
 }

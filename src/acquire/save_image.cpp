@@ -38,11 +38,15 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1SaveImage(JNIEn
   record.pData = pixels.data();
   // A missing pixel or image type is refused rather than read through a null reference.
   if (!ReadSaveParameters(env, param, &record)) return kStatusBadArgument;
+  RETURN_IF_PENDING(env, kStatusBadArgument);
+  // The SDK reads nDataLen bytes from pData; the array must hold every one of them.
+  if (record.nDataLen > static_cast<unsigned int>(env->GetArrayLength(raw.get()))) return kStatusBadArgument;
   const int status = QUORIN_SaveImage(sdkHandle, &record);
   if (status != 0) return status;  // the caller's output fields stay as they were
   ScopedLocalRef<jbyteArray> encoded(env, NewByteArrayOf(env, record.pImageBuffer, record.nImageLen));
   SetFieldValue(env, param, "pImageBuffer", jsig::kByteArray, PointerWord(encoded.get()));
   SetFieldValue(env, param, "nImageLen", jsig::kInt, record.nImageLen);
+  RETURN_IF_PENDING(env, kStatusBadArgument);  // no array could be made for the encoded bytes
   return kStatusOk;
 }
 

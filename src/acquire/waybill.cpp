@@ -156,7 +156,9 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1GetWayBillInfoE
   ScopedByteArrayElements image(env, data, 0);
   QUORIN_IMAGE_OUT_INFO_EX2 info{};
   ScopedLocalRef<jobject> codeList(env, GetObjectFieldValue(env, frame, "pstCodeListEx", jsig::kResultBcrEx));
-  if (!ReadHeader(env, frame, &info) || !codeList) {
+  const bool headerRead = ReadHeader(env, frame, &info);
+  RETURN_IF_PENDING(env, kStatusBadArgument);
+  if (!headerRead || !codeList) {
     // These refusals have always left the image pinned; kept so, as callers may rely on it.
     image.leak();
     return kStatusBadArgument;
@@ -167,6 +169,10 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1GetWayBillInfoE
   if (!plainCodes || !extendedCodes || !waybills) return kStatusBadArgument;
   ReadCodes(env, codeList.get(), plainCodes.get(), extendedCodes.get());
   ReadWaybills(env, frame, waybills.get());
+  // An entry of another class or a list that throws: its error is what Java sees.
+  RETURN_IF_PENDING(env, kStatusBadArgument);
+  // The SDK reads nFrameLen bytes from the image; the array must hold every one of them.
+  if (info.nFrameLen > static_cast<unsigned int>(env->GetArrayLength(data))) return kStatusBadArgument;
   info.pstCodeList = plainCodes.get();
   info.pstCodeListEx = extendedCodes.get();
   info.pstWaybillList = waybills.get();
@@ -175,5 +181,6 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1GetWayBillInfoE
   if (status != 0) return status;  // the Java objects stay untouched
   LocalFrameClasses classes(env);
   FillWaybillList(env, waybills.get(), frame, classes.get());
+  RETURN_IF_PENDING(env, kStatusBadArgument);
   return kStatusOk;
 }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdio>
+#include <cstring>
+#include <string>
 
 namespace {
 
@@ -43,10 +45,13 @@ char* TextIn(QUORIN_GIGE_DEVICE_INFO* gige, const GigEText& text) {
   return reinterpret_cast<char*>(gige) + text.offset;
 }
 
-// Arrays are trusted to be zero-terminated; only the serial number and the user-defined name
-// may carry GBK bytes, and only the user-defined name is tested in every user.
+// Only the serial number and the user-defined name may carry GBK bytes, and only the
+// user-defined name is tested in every user. A text is bounded by its array even when the
+// device left no terminator in it.
 jstring GigETextToJava(JNIEnv* env, const QUORIN_GIGE_DEVICE_INFO& gige, const GigEText& text, SerialText serial) {
-  const char* chars = TextIn(gige, text);
+  RETURN_IF_PENDING(env, nullptr);
+  const std::string terminated(TextIn(gige, text), strnlen(TextIn(gige, text), text.size));
+  const char* chars = terminated.c_str();
   const bool decodes = text.offset == kUserDefinedName.offset ||
                        (text.offset == kSerialNumber.offset && serial == SerialText::kUtf8OrGbk);
   return decodes ? DeviceTextToJava(env, chars) : env->NewStringUTF(chars);
@@ -71,6 +76,7 @@ void WriteDeviceWords(JNIEnv* env, const QUORIN_DEVICE_INFO& info, jobject devic
 }
 
 jobject NewObjectOf(JNIEnv* env, const char* className) {
+  RETURN_IF_PENDING(env, nullptr);
   ScopedLocalRef<jclass> cls(env, env->FindClass(className));
   RETURN_IF_NULL(cls.get(), nullptr);
   jmethodID constructor = env->GetMethodID(cls.get(), "<init>", jsig::kNoArgConstructor);

@@ -47,6 +47,7 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1GetDeviceInfo(J
   if (status != 0) return status;
   ScopedLocalRef<jobject> gige(env, GetObjectFieldValue(env, devInfo, "stGigEInfo", jsig::kGigEDeviceInfo));
   WriteDeviceInfo(env, info, devInfo, gige.get(), SerialText::kAsStored);
+  RETURN_IF_PENDING(env, kStatusBadArgument);
   return kStatusOk;
 }
 
@@ -56,5 +57,6 @@ JNIEXPORT jboolean JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1IsDeviceAcc
   if (devInfo == nullptr) return JNI_FALSE;
   QUORIN_DEVICE_INFO info;
   ReadDeviceInfo(env, devInfo, TextCopy::kUtf16CountUtf8Maker, &info);
+  RETURN_IF_PENDING(env, JNI_FALSE);
   return QUORIN_IsDeviceAccessible(&info, static_cast<unsigned int>(accessMode)) ? JNI_TRUE : JNI_FALSE;
 }

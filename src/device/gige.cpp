@@ -11,6 +11,7 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1GIGE_1ForceIp(J
   ScopedUtfChars ipText(env, ip);
   ScopedUtfChars maskText(env, subnetMask);
   ScopedUtfChars gatewayText(env, defaultGateway);
+  RETURN_IF_PENDING(env, kStatusBadArgument);
   // Text that is not an address is not refused here: it converts as inet_addr has it.
   const unsigned int address = iptoint(ipText.c_str());
   const unsigned int mask = iptoint(maskText.c_str());

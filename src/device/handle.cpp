@@ -12,6 +12,7 @@ JNIEXPORT jobject JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1CreateHandle
   }
   QUORIN_DEVICE_INFO info;
   ReadDeviceInfo(env, devInfo, TextCopy::kWholeText, &info);
+  RETURN_IF_PENDING(env, nullptr);
   void* sdkHandle = nullptr;
   const int status = QUORIN_CreateHandle(&sdkHandle, &info);
   if (status != 0) {
@@ -28,6 +29,7 @@ JNIEXPORT jobject JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1CreateHandle
     return nullptr;
   }
   ScopedUtfChars serial(env, serialNumber);
+  RETURN_IF_PENDING(env, nullptr);
   void* sdkHandle = nullptr;
   const int status = QUORIN_CreateHandleBySerialNumber(&sdkHandle, serial.c_str());
   if (status != 0) {

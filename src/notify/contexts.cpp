@@ -20,6 +20,7 @@ void ReleaseContext(JNIEnv* env, jobject handle, const char* field, Release rele
 }  // namespace
 
 jmethodID CallbackMethod(JNIEnv* env, jobject callback, const char* name, const char* sig) {
+  if (callback == nullptr) return nullptr;  // a context whose registration never took
   ScopedLocalRef<jclass> cls(env, env->GetObjectClass(callback));
   if (!cls) return nullptr;
   jmethodID method = env->GetMethodID(cls.get(), name, sig);

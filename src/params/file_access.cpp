@@ -13,6 +13,8 @@ class FileNames {
  public:
   FileNames(JNIEnv* env, jstring user, jstring device)
       : user_(env, user), device_(env, device), userChars_(env, user), deviceChars_(env, device) {}
+  // Both names pinned; false for a null name, which the SDK would take as a NULL pointer.
+  bool complete() const { return userChars_.c_str() != nullptr && deviceChars_.c_str() != nullptr; }
   QUORIN_FILE_ACCESS Record() const {
     QUORIN_FILE_ACCESS record{};
     record.pUserFileName = userChars_.c_str();
@@ -36,6 +38,8 @@ jint TransferFile(JNIEnv* env, jobject handle, jobject request, jclass declaring
     return static_cast<jstring>(ObjectFromWord(word));
   };
   const FileNames names(env, name("pUserFileName"), name("pDevFileName"));
+  RETURN_IF_PENDING(env, kStatusBadArgument);
+  if (!names.complete()) return kStatusBadArgument;
   QUORIN_FILE_ACCESS record = names.Record();
   return transfer(sdkHandle, &record);
 }

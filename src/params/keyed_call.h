@@ -11,7 +11,12 @@ jint WithKey(JNIEnv* env, jobject handle, jstring key, jobject required, SdkCall
   RETURN_IF_NULL(required, kStatusBadArgument);
   void* sdkHandle = SdkHandleOf(env, handle);
   ScopedUtfChars keyChars(env, key);
-  return sdkCall(sdkHandle, keyChars);
+  // Characters the VM could not pin (out of memory) leave its error pending.
+  RETURN_IF_NULL(keyChars.c_str(), kStatusBadArgument);
+  const jint status = sdkCall(sdkHandle, keyChars);
+  // A result Java could not take (a throwing list, say) leaves its error pending for Java.
+  RETURN_IF_PENDING(env, kStatusBadArgument);
+  return status;
 }
 
 // For entry points whose only required reference beyond the Handle is the key.

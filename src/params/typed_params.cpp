@@ -36,7 +36,7 @@ jint GetPayloadSizeNode(JNIEnv* env, jobject handle, void* sdkHandle, jobject ta
 // Clears the caller's list and refills it with one Integer per supported value.
 void FillSupportedValues(JNIEnv* env, jobject target, const QUORIN_ENUM_VALUE& value) {
   ScopedLocalRef<jobject> list(env, GetObjectFieldValue(env, target, "lsSupportValue", jsig::kArrayList));
-  if (!list) return;
+  if (!list || env->ExceptionCheck()) return;
   ScopedLocalRef<jclass> listClass(env, env->FindClass(jclassname::kArrayList));
   jmethodID add = env->GetMethodID(listClass.get(), "add", "(Ljava/lang/Object;)Z");
   jmethodID clear = GetMethodID(env, list.get(), "clear", "()V");
@@ -50,6 +50,7 @@ void FillSupportedValues(JNIEnv* env, jobject target, const QUORIN_ENUM_VALUE& v
     jmethodID constructor = env->GetMethodID(integerClass.get(), "<init>", "(I)V");
     ScopedLocalRef<jobject> number(env, env->NewObject(integerClass.get(), constructor,
                                                        static_cast<jint>(value.nSupportValue[i])));
+    if (!number) return;
     env->CallBooleanMethod(list.get(), add, number.get());
     if (env->ExceptionCheck()) return;
   }
@@ -81,6 +82,7 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1SetEnumValueByS
                                                                                      jstring value) {
   return WithKey(env, handle, key, value, [&](void* h, ScopedUtfChars& k) {
     ScopedUtfChars symbol(env, value);
+    RETURN_IF_NULL(symbol.c_str(), kStatusBadArgument);
     return QUORIN_SetEnumValueByString(h, k.c_str(), symbol.c_str());
   });
 }
@@ -101,6 +103,7 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1SetStringValue(
                                                                                jstring key, jstring value) {
   return WithKey(env, handle, key, value, [&](void* h, ScopedUtfChars& k) {
     ScopedUtfChars text(env, value);
+    RETURN_IF_NULL(text.c_str(), kStatusBadArgument);
     return QUORIN_SetStringValue(h, k.c_str(), text.c_str());
   });
 }

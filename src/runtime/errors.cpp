@@ -2,6 +2,7 @@
 #include "bridge.h"
 
 void throwError(JNIEnv* env, int code, std::string message) {
+  if (env->ExceptionCheck()) return;  // the first error stays the one Java sees
   ScopedLocalRef<jclass> cls(env, env->FindClass(jclassname::kParameterException));
   if (!cls) return;  // the lookup's NoClassDefFoundError is what Java sees
   jmethodID constructor = env->GetMethodID(cls.get(), "<init>", jsig::kNoArgConstructor);

@@ -59,21 +59,21 @@ unsigned long long ReadField(JNIEnv* env, jobject obj, jfieldID field, FieldKind
 
 unsigned long long GetFieldValue(JNIEnv* env, jobject obj, const char* name, const char* sig) {
   const FieldKind kind = KindOf(sig);
-  if (kind == FieldKind::kUnknown) return 0;
+  if (kind == FieldKind::kUnknown || obj == nullptr) return 0;
   jfieldID field = FindField(env, obj, name, sig);
   return field == nullptr ? 0 : ReadField(env, obj, field, kind);
 }
 
 unsigned long long GetFieldValue(JNIEnv* env, jobject obj, jclass declaringClass, const char* name, const char* sig) {
   const FieldKind kind = KindOf(sig);
-  if (kind == FieldKind::kUnknown || env->ExceptionCheck()) return 0;
+  if (kind == FieldKind::kUnknown || obj == nullptr || env->ExceptionCheck()) return 0;
   jfieldID field = env->GetFieldID(declaringClass, name, sig);
   return field == nullptr ? 0 : ReadField(env, obj, field, kind);
 }
 
 void SetFieldValue(JNIEnv* env, jobject obj, const char* name, const char* sig, unsigned long long value) {
   const FieldKind kind = KindOf(sig);
-  if (kind == FieldKind::kUnknown) return;
+  if (kind == FieldKind::kUnknown || obj == nullptr) return;
   jfieldID field = FindField(env, obj, name, sig);
   if (field == nullptr) return;
   switch (kind) {
@@ -93,7 +93,7 @@ void SetFieldValue(JNIEnv* env, jobject obj, const char* name, const char* sig, 
 
 jobject GetEnumObject(JNIEnv* env, jclass enumClass, const char* className, const char* fieldName,
                       const char* fieldSig, unsigned long long value) {
-  if (enumClass == nullptr) return nullptr;
+  if (enumClass == nullptr || env->ExceptionCheck()) return nullptr;
   char valuesSig[512] = {};
   std::snprintf(valuesSig, sizeof valuesSig, "()[L%s;", className);
   jmethodID values = env->GetStaticMethodID(enumClass, "values", valuesSig);
@@ -120,6 +120,7 @@ jobject getType(JNIEnv* env, int accessMode) {
                                                 "QUORIN_AM_RW", "QUORIN_AM_Undefined", "QUORIN_AM_CycleDetect"};
   const bool known = accessMode >= 0 && accessMode < static_cast<int>(std::size(kConstantByMode));
   const char* constantName = known ? kConstantByMode[accessMode] : "QUORIN_AM_Undefined";
+  RETURN_IF_PENDING(env, nullptr);
   ScopedLocalRef<jclass> cls(env, env->FindClass(jclassname::kAccessMode));
   RETURN_IF_NULL(cls.get(), nullptr);
   jfieldID field = env->GetStaticFieldID(cls.get(), constantName,

@@ -30,6 +30,7 @@ void QN_RunInfo(const char* format, ...) {
 }
 
 jmethodID GetMethodID(JNIEnv* env, jobject obj, const char* name, const char* sig) {
+  RETURN_IF_PENDING(env, nullptr);
   // The class reference lives until the native frame ends (or the thread detaches).
   jclass cls = env->GetObjectClass(obj);
   return env->GetMethodID(cls, name, sig);

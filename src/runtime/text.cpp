@@ -80,6 +80,7 @@ int MultiByteToUTFchar(char* out, const char* in, unsigned int len) {
 }
 
 jstring cToJstringutf(JNIEnv* env, const char* text) {
+  RETURN_IF_PENDING(env, nullptr);
   ScopedLocalRef<jclass> stringClass(env, env->FindClass(jclassname::kString));
   RETURN_IF_NULL(stringClass.get(), nullptr);
   jmethodID constructor = env->GetMethodID(stringClass.get(), "<init>", "([BLjava/lang/String;)V");
@@ -102,6 +103,7 @@ unsigned int iptoint(const char* text) {
 }
 
 jstring DeviceTextToJava(JNIEnv* env, const char* text) {
+  RETURN_IF_PENDING(env, nullptr);
   const size_t length = std::strlen(text);
   if (!IsStrUTF8(text, static_cast<int>(length))) return cToJstringutf(env, text);
   // The staging buffer always holds the whole text: a long text is never cut or overrun.
