@@ -1,0 +1,305 @@
+// Thousands of scripted SDK failures through every fetch, parameter call and registration:
+// a failing call may leave no Java object, no JNI reference and no native memory behind.
+#include <fcntl.h>
+#include <jvmti.h>
+#include <malloc.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "QuorinSim.h"
+#include "jvm_harness.h"
+
+#if defined(__SANITIZE_ADDRESS__)
+#define QUORIN_TEST_ASAN 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define QUORIN_TEST_ASAN 1
+#endif
+#endif
+#ifdef QUORIN_TEST_ASAN
+extern "C" size_t __sanitizer_get_current_allocated_bytes();
+#endif
+
+namespace quorin_test {
+namespace {
+
+// The interpreter under the emulator is some 50 times slower; a tenth of the calls still shows
+// anything a single call leaves behind.
+int FailuresPerCall() {
+  const char* emulator = std::getenv("QUORIN_TEST_EMULATOR");
+  return emulator != nullptr && *emulator != '\0' ? 1000 : 10000;
+}
+constexpr int kBatch = 500;  // calls between two readings of the stand-in's call log
+// Per failing call, what may show as growth without being anything the call kept: a bound that
+// no Java object (16 bytes at least) and no C-heap block (16 bytes at least) fits under.
+constexpr long kJavaSlackPerCall = 4;
+constexpr long kNativeSlackPerCall = 8;
+// The C-heap block a short pinned text takes: 32 bytes, 80 with the JNI checker's guard bytes.
+constexpr long kPinnedBlock = 128;
+// Pages of the Java heap come and go as the collector sizes it; the C-heap figure is the fine one.
+constexpr long kResidentSlack = 16L << 20;
+
+long CHeapInUse() {
+#ifdef QUORIN_TEST_ASAN
+  return static_cast<long>(__sanitizer_get_current_allocated_bytes());
+#else
+  return static_cast<long>(mallinfo2().uordblks);
+#endif
+}
+
+struct Footprint {
+  long globalRefs = 0;  // JNI global references, the VM's own included
+  long localRefs = 0;   // JNI local references of every thread, this one's frame included
+  long heap = 0;        // Java heap in use after full collections
+  long resident = 0;    // resident set of the process
+  long cHeap = 0;       // bytes the C heap has handed out and not had back
+};
+
+jint JNICALL CountJniRoot(jvmtiHeapReferenceKind kind, const jvmtiHeapReferenceInfo*, jlong, jlong, jlong, jlong*,
+                          jlong*, jint, void* user) {
+  auto* footprint = static_cast<Footprint*>(user);
+  if (kind == JVMTI_HEAP_REFERENCE_JNI_GLOBAL) ++footprint->globalRefs;
+  if (kind == JVMTI_HEAP_REFERENCE_JNI_LOCAL) ++footprint->localRefs;
+  return 0;  // roots only: nothing below them is followed
+}
+
+// One failing call through Java, with the SDK function scripted to fail and the status it answers.
+struct Failure {
+  const char* function;
+  unsigned int status;
+  std::function<bool(jint)> failsAs;  // true when Java saw exactly the scripted failure
+  const char* pinned = nullptr;       // the text this failure keeps pinned by design, if any
+};
+
+class FaultLeakTest : public JvmTest {
+ protected:
+  void SetUp() override {
+    JvmTest::SetUp();
+    JavaVM* vm = nullptr;
+    ASSERT_EQ(env_->GetJavaVM(&vm), JNI_OK);
+    ASSERT_EQ(vm->GetEnv(reinterpret_cast<void**>(&jvmti_), JVMTI_VERSION_1_2), JNI_OK);
+    jvmtiCapabilities capabilities{};
+    capabilities.can_tag_objects = 1;
+    ASSERT_EQ(jvmti_->AddCapabilities(&capabilities), JVMTI_ERROR_NONE);
+    probes_ = env_->FindClass("QuorinTest/Probes");
+    ASSERT_NE(probes_, nullptr);
+    usedHeap_ = env_->GetStaticMethodID(probes_, "usedHeapAfterCollection", "()J");
+  }
+  void TearDown() override {
+    jvmti_->DisposeEnvironment();
+    JvmTest::TearDown();
+  }
+
+  Footprint Measure() {
+    Footprint footprint;
+    footprint.heap = static_cast<long>(env_->CallStaticLongMethod(probes_, usedHeap_));
+    Checked();
+    jvmtiHeapCallbacks callbacks{};
+    callbacks.heap_reference_callback = CountJniRoot;
+    EXPECT_EQ(jvmti_->FollowReferences(0, nullptr, nullptr, &callbacks, &footprint), JVMTI_ERROR_NONE);
+    std::ifstream statm("/proc/self/statm");
+    long pages = 0;
+    statm >> pages >> footprint.resident;
+    footprint.resident *= sysconf(_SC_PAGESIZE);
+    footprint.cHeap = CHeapInUse();
+    return footprint;
+  }
+
+  // Calls the row `count` times; returns how many calls Java did not see fail as scripted. Every
+  // call must reach the SDK, and the stand-in's log is emptied as it goes so that it stays small.
+  int Run(const Failure& row, int count) {
+    qsim::ScriptStatus(row.function, row.status);
+    qsim::ClearCalls();
+    // The failing enumerations print a diagnostic line each; thousands of them go nowhere.
+    std::fflush(stdout);
+    const int savedStdout = dup(STDOUT_FILENO);
+    const int devNull = open("/dev/null", O_WRONLY);
+    dup2(devNull, STDOUT_FILENO);
+    int wrong = 0;
+    size_t reached = 0;
+    for (int done = 0; done < count; done += kBatch) {
+      for (int i = 0; i < kBatch; ++i) wrong += row.failsAs(static_cast<jint>(row.status)) ? 0 : 1;
+      reached += qsim::CallsTo(row.function).size();
+      qsim::ClearCalls();
+    }
+    std::fflush(stdout);
+    dup2(savedStdout, STDOUT_FILENO);
+    close(savedStdout);
+    close(devNull);
+    qsim::ScriptStatus(row.function, 0);
+    EXPECT_EQ(reached, static_cast<size_t>(count)) << row.function;
+    return wrong;
+  }
+
+  // The pending exception is a ParameterException carrying `status`; it is cleared, and no
+  // local reference of it stays in this frame.
+  bool ThrewParameterException(jint status) {
+    jthrowable thrown = env_->ExceptionOccurred();
+    if (thrown == nullptr) return false;
+    env_->ExceptionClear();
+    jclass parameterException = env_->FindClass("QuorinCtrlWrapper/ParameterException");
+    const bool matches = env_->IsInstanceOf(thrown, parameterException) && Int(thrown, "errCode") == status;
+    env_->DeleteLocalRef(parameterException);
+    env_->DeleteLocalRef(thrown);
+    return matches;
+  }
+
+  // Whether QuorinCtrl declares the method: a wrong signature would otherwise crash the loop.
+  bool Declared(const char* method, const std::string& sig) {
+    jclass ctrl = env_->FindClass("QuorinCtrlWrapper/QuorinCtrl");
+    const bool found = env_->GetStaticMethodID(ctrl, method, sig.c_str()) != nullptr;
+    env_->ExceptionClear();
+    env_->DeleteLocalRef(ctrl);
+    return found;
+  }
+
+  std::vector<Failure> Failures(jobject handle, jobject deviceInfo);
+
+  jvmtiEnv* jvmti_ = nullptr;
+  jclass probes_ = nullptr;
+  jmethodID usedHeap_ = nullptr;
+};
+
+constexpr const char* kKey = "Width";
+constexpr const char* kSerial = "QN2405C0117";
+
+std::vector<Failure> FaultLeakTest::Failures(jobject handle, jobject deviceInfo) {
+  const std::string h = "(" + kHandleSig;
+  const std::string ex2 = "L" + Define("QUORIN_IMAGE_OUT_INFO_EX2") + ";";
+  auto value = [](const char* record) { return "L" + Define(record) + ";)I"; };
+  // Every argument object is made once, here, so that the loops make no references of their own.
+  jbyteArray image = env_->NewByteArray(64);
+  jstring key = Str(kKey);
+  jstring text = Str("Continuous");
+  jobject frame = NewDefine("QUORIN_IMAGE_OUT_INFO_EX2");
+  jobject legacyFrame = NewDefine("QUORIN_FRAME_OUT_INFO");
+  jobject intValue = NewDefine("QUORIN_INT_VALUE");
+  jobject enumValue = NewDefine("QUORIN_ENUM_VALUE");
+  jobject floatValue = NewDefine("QUORIN_FLOAT_VALUE");
+  jobject boolValue = NewDefine("QUORIN_BOOL_VALUE");
+  jobject stringValue = NewDefine("QUORIN_STRING_VALUE");
+  jobject algorithmValue = NewDefine("QUORIN_ALGORITHM_INT_VALUE");
+  jobject accessMode = NewDefine("QUORIN_XML_NODE_ACCESSMODE");
+  jobject saveParam = NewDefine("QUORIN_SAVE_IMAGE_PARAM");
+  jobject length = env_->NewObject(env_->FindClass("java/lang/Integer"),
+                                   env_->GetMethodID(env_->FindClass("java/lang/Integer"), "<init>", "(I)V"), 0);
+  jobject callback = New("QuorinTest/ImageRecorder");
+  jstring serial = Str(kSerial);
+  // The frame fetches need a known frame size, waybills a pixel type and the save its pixels.
+  SetInt(handle, "PayloadSize", 64);
+  const std::string pixelSig = "L" + Define("QuorinGvspPixelType") + ";";
+  jclass pixelType = env_->FindClass(Define("QuorinGvspPixelType").c_str());
+  jobject mono8 = env_->GetStaticObjectField(pixelType, env_->GetStaticFieldID(pixelType, "PixelType_Gvsp_Mono8",
+                                                                                 pixelSig.c_str()));
+  env_->SetObjectField(frame, env_->GetFieldID(env_->GetObjectClass(frame), "enPixelType", pixelSig.c_str()), mono8);
+  env_->SetObjectField(saveParam, env_->GetFieldID(env_->GetObjectClass(saveParam), "pData", "[B"), image);
+  SetInt(saveParam, "nDataLen", 64);
+
+  auto status = [this, handle](const char* method, std::string sig, auto... args) {
+    EXPECT_TRUE(Declared(method, sig)) << method << sig;
+    return [this, handle, method, sig, args...](jint scripted) {
+      return CallInt(method, sig.c_str(), handle, args...) == scripted;
+    };
+  };
+  auto nullList = [this](const char* method) {
+    return [this, method](jint) { return CallObject(method, "()Ljava/util/ArrayList;") == nullptr; };
+  };
+  auto thrown = [this](const char* method, std::string sig, jobject arg) {
+    EXPECT_TRUE(Declared(method, sig)) << method << sig;
+    return [this, method, sig, arg](jint scripted) {
+      return CallObject(method, sig.c_str(), arg) == nullptr && ThrewParameterException(scripted);
+    };
+  };
+  using namespace qsim;
+  return {
+      // Frames and lists.
+      {"QUORIN_GetOneFrameTimeoutEx2", kNoData, status("QUORIN_GetOneFrameTimeoutEx2", h + "[B" + ex2 + "I)I", image, frame, 1)},
+      {"QUORIN_MSC_GetOneFrameTimeout", kNoData, status("QUORIN_MSC_GetOneFrameTimeout", h + "[B" + ex2 + "II)I", image, frame, 2, 1)},
+      {"QUORIN_GetOneFrameTimeout", kNoData, status("QUORIN_GetOneFrameTimeout", h + "[BL" + Define("QUORIN_FRAME_OUT_INFO") + ";I)I", image, legacyFrame, 1)},
+      {"QUORIN_GetWayBillInfoEx", kResource, status("QUORIN_GetWayBillInfoEx", h + "[B" + ex2 + ")I", image, frame)},
+      {"QUORIN_SaveImage", kUnsupportedFormat, status("QUORIN_SaveImage", h + value("QUORIN_SAVE_IMAGE_PARAM"), saveParam)},
+      {"QUORIN_GetDeviceInfo", kDeviceGone, status("QUORIN_GetDeviceInfo", h + value("QUORIN_DEVICE_INFO"), deviceInfo)},
+      {"QUORIN_EnumDevices", kResource, nullList("QUORIN_EnumDevices")},
+      {"QUORIN_EnumIDDevices", kResource, nullList("QUORIN_EnumIDDevices")},
+      {"QUORIN_EnumCodeReader", kResource, nullList("QUORIN_EnumCodeReader")},
+      {"QUORIN_DiscoveryUpgDevice", kResource, nullList("QUORIN_DiscoveryUpgDevice")},
+      {"QUORIN_CreateHandle", kAccessDenied, thrown("QUORIN_CreateHandle", "(" + kDeviceInfoSig + ")" + kHandleSig, deviceInfo)},
+      {"QUORIN_CreateHandleBySerialNumber", kNoSuchDevice, thrown("QUORIN_CreateHandleBySerialNumber", "(Ljava/lang/String;)" + kHandleSig, serial), kSerial},
+      // Parameters.
+      {"QUORIN_SetIntValue", kOutOfRange, status("QUORIN_SetIntValue", h + "Ljava/lang/String;J)I", key, jlong{7})},
+      {"QUORIN_GetIntValue", kNotReadable, status("QUORIN_GetIntValue", h + "Ljava/lang/String;" + value("QUORIN_INT_VALUE"), key, intValue)},
+      {"QUORIN_SetEnumValue", kOutOfRange, status("QUORIN_SetEnumValue", h + "Ljava/lang/String;I)I", key, 3)},
+      {"QUORIN_SetEnumValueByString", kOutOfRange, status("QUORIN_SetEnumValueByString", h + "Ljava/lang/String;Ljava/lang/String;)I", key, text)},
+      {"QUORIN_GetEnumValue", kWrongNodeType, status("QUORIN_GetEnumValue", h + "Ljava/lang/String;" + value("QUORIN_ENUM_VALUE"), key, enumValue)},
+      {"QUORIN_SetFloatValue", kNotWritable, status("QUORIN_SetFloatValue", h + "Ljava/lang/String;F)I", key, 2.5)},
+      {"QUORIN_GetFloatValue", kWrongNodeType, status("QUORIN_GetFloatValue", h + "Ljava/lang/String;" + value("QUORIN_FLOAT_VALUE"), key, floatValue)},
+      {"QUORIN_SetBoolValue", kNotWritable, status("QUORIN_SetBoolValue", h + "Ljava/lang/String;Z)I", key, JNI_TRUE)},
+      {"QUORIN_GetBoolValue", kWrongNodeType, status("QUORIN_GetBoolValue", h + "Ljava/lang/String;" + value("QUORIN_BOOL_VALUE"), key, boolValue)},
+      {"QUORIN_SetStringValue", kNotWritable, status("QUORIN_SetStringValue", h + "Ljava/lang/String;Ljava/lang/String;)I", key, text)},
+      {"QUORIN_GetStringValue", kNotReadable, status("QUORIN_GetStringValue", h + "Ljava/lang/String;" + value("QUORIN_STRING_VALUE"), key, stringValue)},
+      {"QUORIN_SetCommandValue", kUnknownNode, status("QUORIN_SetCommandValue", h + "Ljava/lang/String;)I", key)},
+      {"QUORIN_Algorithm_SetIntValue", kOutOfRange, status("QUORIN_Algorithm_SetIntValue", h + "Ljava/lang/String;I)I", key, 9)},
+      {"QUORIN_Algorithm_GetIntValue", kUnknownNode, status("QUORIN_Algorithm_GetIntValue", h + "Ljava/lang/String;" + value("QUORIN_ALGORITHM_INT_VALUE"), key, algorithmValue)},
+      {"QUORIN_XML_GetNodeAccessMode", kUnknownNode, status("QUORIN_XML_GetNodeAccessMode", h + "Ljava/lang/String;" + value("QUORIN_XML_NODE_ACCESSMODE"), key, accessMode), kKey},
+      {"QUORIN_XML_GetGenICamXML", qsim::kBufferTooSmall, status("QUORIN_XML_GetGenICamXML", h + "[BLjava/lang/Integer;)I", image, length)},
+      {"QUORIN_SetFrameNodeNum", kBadParameter, status("QUORIN_SetFrameNodeNum", h + "I)I", 4)},
+      // Registrations on a Handle that has none standing.
+      {"QUORIN_RegisterExceptionCallBack", kBusy, status("QUORIN_RegisterExceptionCallBack", h + "Ljava/lang/Object;)I", callback)},
+      {"QUORIN_RegisterAllEventCallBack", kBusy, status("QUORIN_RegisterAllEventCallBack", h + "Ljava/lang/Object;)I", callback)},
+      {"QUORIN_RegisterTriggerCallBack", kBusy, status("QUORIN_RegisterTriggerCallBack", h + "Ljava/lang/Object;)I", callback)},
+      {"QUORIN_RegisterImageCallBackEx2", kBusy, status("QUORIN_RegisterImageCallBackEx2", h + "Ljava/lang/Object;)I", callback)},
+      {"QUORIN_MSC_RegisterImageCallBack", kBusy, status("QUORIN_MSC_RegisterImageCallBack", h + "ILjava/lang/Object;)I", 1, callback)},
+  };
+}
+
+TEST_F(FaultLeakTest, ThousandsOfFailingCallsLeaveNothingBehind) {
+  jobject devices = CallObject("QUORIN_EnumIDDevices", "()Ljava/util/ArrayList;");
+  ASSERT_NE(devices, nullptr);
+  jobject deviceInfo = ListGet(devices, 1);
+  jobject handle = OpenReader(1);
+  const std::vector<Failure> rows = Failures(handle, deviceInfo);
+  ASSERT_FALSE(HasFailure());
+  const long count = FailuresPerCall();
+  // A first round reaches every high-water mark: compiled code, the first registration's context.
+  for (const Failure& row : rows) EXPECT_EQ(Run(row, count), 0) << row.function;
+
+  const Footprint start = Measure();
+  Footprint before = start;
+  for (const Failure& row : rows) {
+    EXPECT_EQ(Run(row, count), 0) << row.function;
+    const Footprint after = Measure();
+    const long cHeap = after.cHeap - before.cHeap;
+    std::printf("%-34s Java heap %+6ld B, C heap %+7ld B\n", row.function, after.heap - before.heap, cHeap);
+    EXPECT_EQ(after.globalRefs, before.globalRefs) << row.function;
+    EXPECT_EQ(after.localRefs, before.localRefs) << row.function;
+    EXPECT_LT(after.heap - before.heap, count * kJavaSlackPerCall) << row.function;
+    if (row.pinned == nullptr) {
+      EXPECT_LT(cHeap, count * kNativeSlackPerCall) << row.function;
+    } else {
+      // Two failures keep their text's characters pinned by design; they also show that the
+      // figure sees the C heap at all.
+      EXPECT_GE(cHeap, count * static_cast<long>(std::strlen(row.pinned) + 1)) << row.function;
+      EXPECT_LT(cHeap, count * (kPinnedBlock + kNativeSlackPerCall)) << row.function;
+    }
+    before = after;
+  }
+  std::printf("%zu calls failed %ld times each: %ld global and %ld local JNI references throughout; "
+              "Java heap %+ld B, C heap %+ld B, resident %+ld B\n",
+              rows.size(), count, start.globalRefs, start.localRefs, before.heap - start.heap,
+              before.cHeap - start.cHeap, before.resident - start.resident);
+#ifndef QUORIN_TEST_ASAN  // the sanitizer's quarantine holds freed memory resident
+  EXPECT_LT(before.resident - start.resident, kResidentSlack);
+#endif
+  EXPECT_EQ(CallInt("QUORIN_CloseDevice", ("(" + kHandleSig + ")I").c_str(), handle), 0);
+  EXPECT_EQ(CallInt("QUORIN_DestroyHandle", ("(" + kHandleSig + ")I").c_str(), handle), 0);
+}
+
+}  // namespace
+}  // namespace quorin_test
