@@ -1,31 +1,17 @@
 // Thousands of scripted SDK failures through every fetch, parameter call and registration:
 // a failing call may leave no Java object, no JNI reference and no native memory behind.
 #include <fcntl.h>
-#include <jvmti.h>
-#include <malloc.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <functional>
 #include <string>
 #include <vector>
 
 #include "QuorinSim.h"
 #include "jvm_harness.h"
-
-#if defined(__SANITIZE_ADDRESS__)
-#define QUORIN_TEST_ASAN 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define QUORIN_TEST_ASAN 1
-#endif
-#endif
-#ifdef QUORIN_TEST_ASAN
-extern "C" size_t __sanitizer_get_current_allocated_bytes();
-#endif
 
 namespace quorin_test {
 namespace {
@@ -46,30 +32,6 @@ constexpr long kPinnedBlock = 128;
 // Pages of the Java heap come and go as the collector sizes it; the C-heap figure is the fine one.
 constexpr long kResidentSlack = 16L << 20;
 
-long CHeapInUse() {
-#ifdef QUORIN_TEST_ASAN
-  return static_cast<long>(__sanitizer_get_current_allocated_bytes());
-#else
-  return static_cast<long>(mallinfo2().uordblks);
-#endif
-}
-
-struct Footprint {
-  long globalRefs = 0;  // JNI global references, the VM's own included
-  long localRefs = 0;   // JNI local references of every thread, this one's frame included
-  long heap = 0;        // Java heap in use after full collections
-  long resident = 0;    // resident set of the process
-  long cHeap = 0;       // bytes the C heap has handed out and not had back
-};
-
-jint JNICALL CountJniRoot(jvmtiHeapReferenceKind kind, const jvmtiHeapReferenceInfo*, jlong, jlong, jlong, jlong*,
-                          jlong*, jint, void* user) {
-  auto* footprint = static_cast<Footprint*>(user);
-  if (kind == JVMTI_HEAP_REFERENCE_JNI_GLOBAL) ++footprint->globalRefs;
-  if (kind == JVMTI_HEAP_REFERENCE_JNI_LOCAL) ++footprint->localRefs;
-  return 0;  // roots only: nothing below them is followed
-}
-
 // One failing call through Java, with the SDK function scripted to fail and the status it answers.
 struct Failure {
   const char* function;
@@ -82,34 +44,12 @@ class FaultLeakTest : public JvmTest {
  protected:
   void SetUp() override {
     JvmTest::SetUp();
-    JavaVM* vm = nullptr;
-    ASSERT_EQ(env_->GetJavaVM(&vm), JNI_OK);
-    ASSERT_EQ(vm->GetEnv(reinterpret_cast<void**>(&jvmti_), JVMTI_VERSION_1_2), JNI_OK);
-    jvmtiCapabilities capabilities{};
-    capabilities.can_tag_objects = 1;
-    ASSERT_EQ(jvmti_->AddCapabilities(&capabilities), JVMTI_ERROR_NONE);
-    probes_ = env_->FindClass("QuorinTest/Probes");
-    ASSERT_NE(probes_, nullptr);
-    usedHeap_ = env_->GetStaticMethodID(probes_, "usedHeapAfterCollection", "()J");
+    jvmti_ = FootprintJvmti(env_);
+    ASSERT_NE(jvmti_, nullptr);
   }
   void TearDown() override {
-    jvmti_->DisposeEnvironment();
+    if (jvmti_ != nullptr) jvmti_->DisposeEnvironment();
     JvmTest::TearDown();
-  }
-
-  Footprint Measure() {
-    Footprint footprint;
-    footprint.heap = static_cast<long>(env_->CallStaticLongMethod(probes_, usedHeap_));
-    Checked();
-    jvmtiHeapCallbacks callbacks{};
-    callbacks.heap_reference_callback = CountJniRoot;
-    EXPECT_EQ(jvmti_->FollowReferences(0, nullptr, nullptr, &callbacks, &footprint), JVMTI_ERROR_NONE);
-    std::ifstream statm("/proc/self/statm");
-    long pages = 0;
-    statm >> pages >> footprint.resident;
-    footprint.resident *= sysconf(_SC_PAGESIZE);
-    footprint.cHeap = CHeapInUse();
-    return footprint;
   }
 
   // Calls the row `count` times; returns how many calls Java did not see fail as scripted. Every
@@ -163,8 +103,6 @@ class FaultLeakTest : public JvmTest {
   std::vector<Failure> Failures(jobject handle, jobject deviceInfo);
 
   jvmtiEnv* jvmti_ = nullptr;
-  jclass probes_ = nullptr;
-  jmethodID usedHeap_ = nullptr;
 };
 
 constexpr const char* kKey = "Width";
@@ -270,11 +208,11 @@ TEST_F(FaultLeakTest, ThousandsOfFailingCallsLeaveNothingBehind) {
   // A first round reaches every high-water mark: compiled code, the first registration's context.
   for (const Failure& row : rows) EXPECT_EQ(Run(row, count), 0) << row.function;
 
-  const Footprint start = Measure();
+  const Footprint start = MeasureFootprint(env_, jvmti_);
   Footprint before = start;
   for (const Failure& row : rows) {
     EXPECT_EQ(Run(row, count), 0) << row.function;
-    const Footprint after = Measure();
+    const Footprint after = MeasureFootprint(env_, jvmti_);
     const long cHeap = after.cHeap - before.cHeap;
     std::printf("%-34s Java heap %+6ld B, C heap %+7ld B\n", row.function, after.heap - before.heap, cHeap);
     EXPECT_EQ(after.globalRefs, before.globalRefs) << row.function;

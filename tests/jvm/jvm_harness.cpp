@@ -1,12 +1,19 @@
 #include "jvm_harness.h"
 
 #include <dlfcn.h>
+#include <malloc.h>
+#include <unistd.h>
 
 #include <cstdarg>
 #include <cstdlib>
+#include <fstream>
 #include <vector>
 
 #include "QuorinSim.h"
+
+#ifdef QUORIN_TEST_ASAN
+extern "C" size_t __sanitizer_get_current_allocated_bytes();
+#endif
 
 namespace quorin_test {
 namespace {
@@ -210,6 +217,57 @@ jobject JvmTest::ListGet(jobject list, int index) {
   Checked();
   env_->DeleteLocalRef(cls);
   return item;
+}
+
+namespace {
+
+jint JNICALL CountJniRoot(jvmtiHeapReferenceKind kind, const jvmtiHeapReferenceInfo*, jlong, jlong, jlong, jlong*,
+                          jlong*, jint, void* user) {
+  auto* footprint = static_cast<Footprint*>(user);
+  if (kind == JVMTI_HEAP_REFERENCE_JNI_GLOBAL) ++footprint->globalRefs;
+  if (kind == JVMTI_HEAP_REFERENCE_JNI_LOCAL) ++footprint->localRefs;
+  return 0;  // roots only: nothing below them is followed
+}
+
+long CHeapInUse() {
+#ifdef QUORIN_TEST_ASAN
+  return static_cast<long>(__sanitizer_get_current_allocated_bytes());  // glibc's figures miss its allocator
+#else
+  return static_cast<long>(mallinfo2().uordblks);
+#endif
+}
+
+}  // namespace
+
+jvmtiEnv* FootprintJvmti(JNIEnv* env) {
+  JavaVM* vm = nullptr;
+  jvmtiEnv* jvmti = nullptr;
+  if (env->GetJavaVM(&vm) != JNI_OK || vm->GetEnv(reinterpret_cast<void**>(&jvmti), JVMTI_VERSION_1_2) != JNI_OK) {
+    return nullptr;
+  }
+  jvmtiCapabilities capabilities{};
+  capabilities.can_tag_objects = 1;
+  if (jvmti->AddCapabilities(&capabilities) == JVMTI_ERROR_NONE) return jvmti;
+  jvmti->DisposeEnvironment();
+  return nullptr;
+}
+
+Footprint MeasureFootprint(JNIEnv* env, jvmtiEnv* jvmti) {
+  Footprint footprint;
+  jclass probes = env->FindClass("QuorinTest/Probes");
+  footprint.heap = static_cast<long>(
+      env->CallStaticLongMethod(probes, env->GetStaticMethodID(probes, "usedHeapAfterCollection", "()J")));
+  env->ExceptionCheck();  // a pending error is the caller's to report
+  env->DeleteLocalRef(probes);
+  jvmtiHeapCallbacks callbacks{};
+  callbacks.heap_reference_callback = CountJniRoot;
+  EXPECT_EQ(jvmti->FollowReferences(0, nullptr, nullptr, &callbacks, &footprint), JVMTI_ERROR_NONE);
+  footprint.cHeap = CHeapInUse();
+  std::ifstream statm("/proc/self/statm");
+  long pages = 0;
+  statm >> pages >> footprint.resident;
+  footprint.resident *= sysconf(_SC_PAGESIZE);
+  return footprint;
 }
 
 }  // namespace quorin_test

@@ -4,8 +4,18 @@
 
 #include <gtest/gtest.h>
 #include <jni.h>
+#include <jvmti.h>
 
 #include <string>
+
+// QUORIN_TEST_ASAN: built with AddressSanitizer, whose quarantine keeps freed memory resident.
+#if defined(__SANITIZE_ADDRESS__)
+#define QUORIN_TEST_ASAN 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define QUORIN_TEST_ASAN 1
+#endif
+#endif
 
 namespace quorin_test {
 
@@ -82,5 +92,17 @@ constexpr jint kBufferTooSmall = static_cast<jint>(0x8002000au);
 inline const std::string kHandleSig = "LQuorinCtrlWrapper/QuorinCtrlDefine$Handle;";
 inline const std::string kDeviceInfoSig = "LQuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_DEVICE_INFO;";
 inline const std::string kGigESig = "LQuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_GIGE_DEVICE_INFO;";
+
+// What the process holds, for checks that repeated work leaves nothing behind.
+struct Footprint {
+  long globalRefs = 0;  // JNI global references, the VM's own included
+  long localRefs = 0;   // JNI local references of every thread, the caller's frame included
+  long heap = 0;        // Java heap in use after full collections
+  long cHeap = 0;       // bytes the C heap has handed out and not had back
+  long resident = 0;    // resident set of the process
+};
+// A JVMTI environment that may count references (can_tag_objects); null when the VM refuses.
+jvmtiEnv* FootprintJvmti(JNIEnv* env);
+Footprint MeasureFootprint(JNIEnv* env, jvmtiEnv* jvmti);
 
 }  // namespace quorin_test
