@@ -145,36 +145,27 @@ struct Word {
   const char* name;
   size_t offset;
 };
-#define WORD(record, field) Word{#field, offsetof(record, field)}
-const Word kFrameWords[] = {
-    WORD(QUORIN_IMAGE_OUT_INFO_EX2, nTriggerIndex), WORD(QUORIN_IMAGE_OUT_INFO_EX2, nFrameNum),
-    WORD(QUORIN_IMAGE_OUT_INFO_EX2, nFrameLen),     WORD(QUORIN_IMAGE_OUT_INFO_EX2, nTimeStampHigh),
-    WORD(QUORIN_IMAGE_OUT_INFO_EX2, nTimeStampLow), WORD(QUORIN_IMAGE_OUT_INFO_EX2, bFlaseTrigger),
-    WORD(QUORIN_IMAGE_OUT_INFO_EX2, nFocusScore),   WORD(QUORIN_IMAGE_OUT_INFO_EX2, nEventID),
-    WORD(QUORIN_IMAGE_OUT_INFO_EX2, nChannelID),    WORD(QUORIN_IMAGE_OUT_INFO_EX2, nImageCost),
-};
-const Word kCodeWords[] = {
-    WORD(QUORIN_BCR_INFO_EX, nID),           WORD(QUORIN_BCR_INFO_EX, nLen),
-    WORD(QUORIN_BCR_INFO_EX, nBarType),      WORD(QUORIN_BCR_INFO_EX, nAngle),
-    WORD(QUORIN_BCR_INFO_EX, nMainPackageId), WORD(QUORIN_BCR_INFO_EX, nSubPackageId),
-    WORD(QUORIN_BCR_INFO_EX, nIDRScore),     WORD(QUORIN_BCR_INFO_EX, nTotalProcCost),
-    WORD(QUORIN_BCR_INFO_EX, nTriggerTimeTvHigh), WORD(QUORIN_BCR_INFO_EX, nTriggerTimeTvLow),
-    WORD(QUORIN_BCR_INFO_EX, nTriggerTimeUtvHigh), WORD(QUORIN_BCR_INFO_EX, nTriggerTimeUtvLow),
-};
-const Word kCodeShorts[] = {
-    WORD(QUORIN_BCR_INFO_EX, sAppearCount), WORD(QUORIN_BCR_INFO_EX, sPPM),
-    WORD(QUORIN_BCR_INFO_EX, sAlgoCost),    WORD(QUORIN_BCR_INFO_EX, sSharpness),
-};
+#define FRAME(field) Word{#field, offsetof(QUORIN_IMAGE_OUT_INFO_EX2, field)}
+#define CODE(field) Word{#field, offsetof(QUORIN_BCR_INFO_EX, field)}
+#define QUALITY(field) Word{#field, offsetof(QUORIN_CODE_INFO, field)}
+#define WAYBILL(field) Word{#field, offsetof(QUORIN_WAYBILL_INFO, field)}
+const Word kFrameWords[] = {FRAME(nTriggerIndex),  FRAME(nFrameNum),   FRAME(nFrameLen), FRAME(nTimeStampHigh),
+                            FRAME(nTimeStampLow),  FRAME(bFlaseTrigger), FRAME(nFocusScore), FRAME(nEventID),
+                            FRAME(nChannelID),     FRAME(nImageCost)};
+const Word kCodeWords[] = {CODE(nID),           CODE(nLen),          CODE(nBarType),           CODE(nAngle),
+                           CODE(nMainPackageId), CODE(nSubPackageId), CODE(nIDRScore),          CODE(nTotalProcCost),
+                           CODE(nTriggerTimeTvHigh), CODE(nTriggerTimeTvLow), CODE(nTriggerTimeUtvHigh),
+                           CODE(nTriggerTimeUtvLow)};
+const Word kCodeShorts[] = {CODE(sAppearCount), CODE(sPPM), CODE(sAlgoCost), CODE(sSharpness)};
 // Grades and scores at both ends and in the middle of the quality record.
-const Word kQualityGrades[] = {WORD(QUORIN_CODE_INFO, nOverQuality), WORD(QUORIN_CODE_INFO, nRMGrade),
-                               WORD(QUORIN_CODE_INFO, n1DQZGrade)};
-const Word kQualityScores[] = {WORD(QUORIN_CODE_INFO, fSCScore), WORD(QUORIN_CODE_INFO, fRMScore),
-                               WORD(QUORIN_CODE_INFO, f1DQZScore)};
-const Word kWaybillScores[] = {
-    WORD(QUORIN_WAYBILL_INFO, fCenterX), WORD(QUORIN_WAYBILL_INFO, fCenterY), WORD(QUORIN_WAYBILL_INFO, fWidth),
-    WORD(QUORIN_WAYBILL_INFO, fHeight),  WORD(QUORIN_WAYBILL_INFO, fAngle),   WORD(QUORIN_WAYBILL_INFO, fConfidence),
-};
-#undef WORD
+const Word kQualityGrades[] = {QUALITY(nOverQuality), QUALITY(nRMGrade), QUALITY(n1DQZGrade)};
+const Word kQualityScores[] = {QUALITY(fSCScore), QUALITY(fRMScore), QUALITY(f1DQZScore)};
+const Word kWaybillScores[] = {WAYBILL(fCenterX), WAYBILL(fCenterY), WAYBILL(fWidth),
+                               WAYBILL(fHeight),  WAYBILL(fAngle),   WAYBILL(fConfidence)};
+#undef FRAME
+#undef CODE
+#undef QUALITY
+#undef WAYBILL
 
 template <typename T = uint32_t>
 T At(const void* record, size_t offset) {
@@ -310,11 +301,6 @@ void CheckFrame(Jvm& jvm, const Enums& enums, const NativeFrame& frame, jobject 
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  Jvm::Instance();
-  return 0;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Jvm& jvm = Jvm::Instance();

@@ -110,3 +110,9 @@ bool StrictUtf8(const char* text, size_t length) {
 }
 
 }  // namespace quorin_fuzz
+
+// The VM starts before libFuzzer sets its signal handlers, so that the VM's own stay in place.
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+  quorin_fuzz::Jvm::Instance();
+  return 0;
+}

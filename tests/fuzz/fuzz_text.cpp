@@ -127,11 +127,6 @@ void CheckGbk(Jvm& jvm, const uint8_t* data, size_t size) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  Jvm::Instance();
-  return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const size_t textLength = std::find(data, data + size, 0) - data;
   const std::vector<char> text = Terminated(data, textLength);
