@@ -199,5 +199,25 @@ TEST_F(NotifyTest, DestroyReleasesEveryContextButTheTriggers) {
   EXPECT_TRUE(Survives(weakTriggers));
 }
 
+// A registration the SDK refuses changes nothing: the standing callback keeps its deliveries, and
+// a refused first registration keeps nothing of the callback alive.
+TEST_F(NotifyTest, RefusedRegistrationLeavesTheStandingOneInPlace) {
+  jobject first = Recorder("ExceptionRecorder");
+  ASSERT_EQ(Register("QUORIN_RegisterExceptionCallBack", handle_, first), 0);
+  qsim::ScriptStatus("QUORIN_RegisterExceptionCallBack", qsim::kBusy);
+  EXPECT_EQ(Register("QUORIN_RegisterExceptionCallBack", handle_, Recorder("ExceptionRecorder")),
+            static_cast<jint>(qsim::kBusy));
+  ASSERT_TRUE(qsim::FireException(sdk_, 7));
+  EXPECT_EQ(Int(first, "calls"), 1);
+  EXPECT_EQ(Int(first, "lastMsgType"), 7);
+
+  jobject other = OpenReader(1);
+  qsim::ScriptStatus("QUORIN_RegisterAllEventCallBack", qsim::kBusy);
+  jobject refused = Recorder("EventRecorder");
+  EXPECT_EQ(Register("QUORIN_RegisterAllEventCallBack", other, refused), static_cast<jint>(qsim::kBusy));
+  EXPECT_NE(Long(other, "lAllEventCallParam"), 0);  // the record stays with the Handle
+  EXPECT_FALSE(Survives(Weakly(refused)));
+}
+
 }  // namespace
 }  // namespace quorin_test
