@@ -48,7 +48,7 @@ for entry in "${targets[@]}"; do
     "bin/$target" "${flags[@]}" -merge=1 "$corpus" "$root/tests/fuzz/corpus/$target" &&
     "bin/$target" "${flags[@]}" -max_total_time="$seconds" -artifact_prefix="$findings/" "$corpus") \
     >"$build/logs/$target.log" 2>&1 || status=$?
-  grep -E "^#[0-9]+[[:space:]]+DONE|^stat::number_of_executed_units|^stat::average_exec_per_sec" "$build/logs/$target.log" || true
+  grep -E "^#[0-9]+[[:space:]]+DONE|^stat::number_of_executed_units|^stat::average_exec_per_sec" "$build/logs/$target.log" | tail -n 3 || true
   if [ $status -ne 0 ]; then
     echo "=== $target FAILED (exit $status); log: build/fuzz/logs/$target.log, inputs: build/fuzz/findings/$target/"
     tail -n 40 "$build/logs/$target.log"
