@@ -10,7 +10,8 @@ want_i386=1
 SUDO=""
 [ "$(id -u)" -eq 0 ] || SUDO="sudo"
 
-packages=(cmake make g++ openjdk-17-jdk-headless libgtest-dev libjpeg62-turbo-dev libpng-dev)
+# libjna-java: the benchmark's JNA peer.
+packages=(cmake make g++ openjdk-17-jdk-headless libgtest-dev libjpeg62-turbo-dev libpng-dev libjna-java)
 [ $want_i386 -eq 1 ] && packages+=(g++-multilib lib32z1)
 
 missing=()
