@@ -49,6 +49,7 @@ Jvm::Jvm() {
   std::string options[] = {
       std::string("-Djava.class.path=") + QUORIN_CLASS_PATH,
       std::string("-Djava.library.path=") + QUORIN_LIBRARY_DIR,
+      std::string("-Djna.library.path=") + QUORIN_LIBRARY_DIR,  // JNA's peer finds the stand-in there
       "-Xms512m",  // a fixed heap: no resizing in the middle of a timed loop
       "-Xmx512m",
   };

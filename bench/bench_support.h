@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "QuorinSim.h"
+#include "bench_figures.h"
 
 namespace bench {
 
@@ -112,10 +113,11 @@ constexpr int kRounds = 5;
 double Median(std::vector<double> values);
 
 // ---------------------------------------------------------------------------
-// The benchmarks. Each opens its own reader in the JVM given, measures and prints its table;
-// a `framesOption` above 0 replaces the default count of every scenario.
+// The benchmarks. Each opens its own reader in the JVM given, measures and prints its table and adds
+// its figures of the bridge, JNA and the floor to `figures`; a `framesOption` above 0 replaces the
+// default count of every scenario.
 
-void RunPollBench(JNIEnv* env, int framesOption);
-void RunCallbackBench(JNIEnv* env, int framesOption);
+void RunPollBench(JNIEnv* env, int framesOption, Figures& figures);
+void RunCallbackBench(JNIEnv* env, int framesOption, Figures& figures);
 
 }  // namespace bench

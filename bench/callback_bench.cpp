@@ -2,11 +2,13 @@
 // Java callback object registered with QuorinCtrl.QUORIN_RegisterImageCallBackEx2, each through the
 // bridge's attach, image copy, frame record conversion and Java call. The same pushes into a second
 // reader, whose callback is plain C++, time the stand-in's own share of a delivery, and what copying
-// the image costs within a delivery.
+// the image costs within a delivery; into a third, whose callback is registered through JNA, what
+// JNA costs.
 #include <jni.h>
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -102,22 +104,30 @@ class FrameDriver {
 
 // The stand-in's share of a delivery: a second reader, opened straight through the SDK, whose C++
 // image callback reads what the Java one reads and, when asked, copies the image as the bridge does.
+// A virtual reader opened straight through the SDK, not through the bridge.
+void* OpenSdkReader(size_t index) {
+  std::vector<QUORIN_DEVICE_INFO> readers = qsim::DefaultReaders();  // the Java one holds the first
+  void* sdk = nullptr;
+  ExpectSuccess(QUORIN_CreateHandle(&sdk, &readers.at(index)), "QUORIN_CreateHandle");
+  ExpectSuccess(QUORIN_OpenDevice(sdk), "QUORIN_OpenDevice");
+  return sdk;
+}
+
+void CloseSdkReader(void* sdk) {
+  QUORIN_StopGrabbing(sdk);
+  QUORIN_CloseDevice(sdk);
+  QUORIN_DestroyHandle(sdk);
+}
+
 class DirectReader {
  public:
-  DirectReader() {
-    std::vector<QUORIN_DEVICE_INFO> readers = qsim::DefaultReaders();  // the Java one holds the first
-    ExpectSuccess(QUORIN_CreateHandle(&sdk_, &readers.at(1)), "QUORIN_CreateHandle");
-    ExpectSuccess(QUORIN_OpenDevice(sdk_), "QUORIN_OpenDevice");
+  DirectReader() : sdk_(OpenSdkReader(1)) {
     ExpectSuccess(QUORIN_RegisterImageCallBackEx2(sdk_, &DirectReader::OnImage, this),
                   "QUORIN_RegisterImageCallBackEx2");
     ExpectSuccess(QUORIN_StartGrabbing(sdk_), "QUORIN_StartGrabbing");
     driver_ = std::make_unique<FrameDriver>(sdk_);
   }
-  ~DirectReader() {
-    QUORIN_StopGrabbing(sdk_);
-    QUORIN_CloseDevice(sdk_);
-    QUORIN_DestroyHandle(sdk_);
-  }
+  ~DirectReader() { CloseSdkReader(sdk_); }
   DirectReader(const DirectReader&) = delete;
   DirectReader& operator=(const DirectReader&) = delete;
 
@@ -155,7 +165,7 @@ class DirectReader {
     if (copyImage_) std::memcpy(imageCopy_.data(), data, std::min<size_t>(info.nFrameLen, imageCopy_.size()));
   }
 
-  void* sdk_ = nullptr;
+  void* sdk_;
   std::unique_ptr<FrameDriver> driver_;
   unsigned long long deliveries_ = 0;
   unsigned long long offThread_ = 0;
@@ -167,11 +177,52 @@ class DirectReader {
   std::vector<unsigned char> imageCopy_ = std::vector<unsigned char>(kLargestFrame);
 };
 
+// JNA's share: a third reader opened straight through the SDK, whose image callback is a
+// JnaBench.Consumer registered through JNA.
+class JnaReader {
+ public:
+  JnaReader(JNIEnv* env, JavaClass& jna) : env_(env), jna_(jna), sdk_(OpenSdkReader(2)) {
+    consumer_ = jna.Call<jobject>("register", "(JI)LJnaBench$Consumer;", Handle(), jint{kLargestFrame});
+    ExpectSuccess(QUORIN_StartGrabbing(sdk_), "QUORIN_StartGrabbing");
+    driver_ = std::make_unique<FrameDriver>(sdk_);
+  }
+  ~JnaReader() {
+    driver_.reset();
+    CloseSdkReader(sdk_);
+    env_->DeleteLocalRef(consumer_);
+  }
+  JnaReader(const JnaReader&) = delete;
+  JnaReader& operator=(const JnaReader&) = delete;
+
+  double Push(const qsim::Frame& frame, int frames) { return driver_->Push(frame, frames); }
+
+  // Throws unless every pushed frame reached the JNA callback and its last equals the bridge's last.
+  void ExpectDelivered(jobject bridgeConsumer) {
+    const unsigned long long counted = qsim::CallbackDeliveries(sdk_);
+    if (counted != driver_->Pushed()) {
+      throw std::runtime_error("the JNA reader delivered " + std::to_string(counted) + " of " +
+                               std::to_string(driver_->Pushed()) + " frames");
+    }
+    jna_.Call<void>("expectDelivered", "(LJnaBench$Consumer;JLCallbackBench;)V", consumer_,
+                    static_cast<jlong>(counted), bridgeConsumer);
+  }
+
+ private:
+  jlong Handle() const { return static_cast<jlong>(reinterpret_cast<uintptr_t>(sdk_)); }
+
+  JNIEnv* env_;
+  JavaClass& jna_;
+  void* sdk_;
+  jobject consumer_ = nullptr;
+  std::unique_ptr<FrameDriver> driver_;
+};
+
 // Microseconds per delivery.
 struct Result {
   const Scenario* scenario;
   int deliveries;    // timed, over all rounds
   double javaUs;     // pushed and delivered to the Java callback
+  double jnaUs;      // pushed and delivered to the JNA callback
   double sdkUs;      // pushed and delivered to the C++ callback: the stand-in's share of javaUs
   double sdkCopyUs;  // the same, the C++ callback also copying the image
   double copyUs;     // the image bytes copied in Java, in a loop of copies alone
@@ -185,6 +236,7 @@ struct Bench {
   jobject consumer;     // the registered CallbackBench
   FrameDriver& driver;  // pushes into the Java reader
   DirectReader& direct;
+  JnaReader& jna;
 };
 
 // Java deliveries, direct ones without and with the copy, and copies in Java take turns, so a burst of
@@ -197,9 +249,10 @@ Result Measure(const Bench& bench, const Session& session, const Scenario& scena
   ThrowIfPending(bench.env, "allocating the copy arrays");
 
   const int perRound = std::max(1, frames / kRounds);
-  std::vector<double> javaUs, sdkUs, sdkCopyUs, copyUs;
+  std::vector<double> javaUs, jnaUs, sdkUs, sdkCopyUs, copyUs;
   for (int round = 0; round < kRounds; ++round) {
     javaUs.push_back(bench.driver.Push(frame, perRound));
+    jnaUs.push_back(bench.jna.Push(frame, perRound));
     sdkUs.push_back(bench.direct.Push(frame, perRound, false));
     sdkCopyUs.push_back(bench.direct.Push(frame, perRound, true));
     const jlong copyNs = bench.poll.Call<jlong>("copy", "([B[BI)J", source, target, perRound);
@@ -218,7 +271,9 @@ Result Measure(const Bench& bench, const Session& session, const Scenario& scena
                             static_cast<jlong>(counted), frameLen, static_cast<jint>(scenario.codes), firstCode);
   bench.env->DeleteLocalRef(firstCode);
   bench.direct.ExpectDelivered(frame);
-  return {&scenario, perRound * kRounds, Median(javaUs), Median(sdkUs), Median(sdkCopyUs), Median(copyUs)};
+  bench.jna.ExpectDelivered(bench.consumer);
+  return {&scenario,      perRound * kRounds, Median(javaUs),  Median(jnaUs),
+          Median(sdkUs), Median(sdkCopyUs),  Median(copyUs)};
 }
 
 // What the bridge's attach of the delivering thread and its detach cost together, on a native thread
@@ -254,25 +309,26 @@ double AttachDetachUs(JNIEnv* env, int times) {
 }
 
 void PrintTable(const std::vector<Result>& results) {
-  const char* const kHeader = "%-22s %11s %6s %10s %12s %11s %11s %11s %11s %11s %11s\n";
-  std::printf(kHeader, "", "image", "", "", "", "", "SDK", "bridge", "copy", "C++ copy", "beyond copy");
+  const char* const kHeader = "%-22s %11s %6s %10s %12s %11s %11s %11s %11s %11s %11s %11s\n";
+  std::printf(kHeader, "", "image", "", "", "", "", "JNA", "SDK", "bridge", "copy", "C++ copy", "beyond copy");
   std::printf(kHeader, "scenario", "bytes", "codes", "deliveries", "deliveries/s", "us/delivery", "us/delivery",
-              "us/delivery", "us/delivery", "us/delivery", "us/delivery");
+              "us/delivery", "us/delivery", "us/delivery", "us/delivery", "us/delivery");
   for (const Result& r : results) {
     const double bridgeUs = r.javaUs - r.sdkUs;
     const double nativeCopyUs = r.sdkCopyUs - r.sdkUs;
-    std::printf("%-22s %11u %6u %10d %12.1f %11.2f %11.2f %11.2f %11.2f %11.2f %11.2f\n", r.scenario->name,
-                r.scenario->width * r.scenario->height, r.scenario->codes, r.deliveries, 1e6 / r.javaUs, r.javaUs,
-                r.sdkUs, bridgeUs, r.copyUs, nativeCopyUs, bridgeUs - nativeCopyUs);
+    std::printf("%-22s %11u %6u %10d %12.1f %11.2f %11.2f %11.2f %11.2f %11.2f %11.2f %11.2f\n",
+                r.scenario->name, r.scenario->width * r.scenario->height, r.scenario->codes, r.deliveries,
+                1e6 / r.javaUs, r.javaUs, r.jnaUs, r.sdkUs, bridgeUs, r.copyUs, nativeCopyUs, bridgeUs - nativeCopyUs);
   }
 }
 
 }  // namespace
 
-void RunCallbackBench(JNIEnv* env, int framesOption) {
+void RunCallbackBench(JNIEnv* env, int framesOption, Figures& figures) {
   JavaClass ctrl(env, "QuorinCtrlWrapper/QuorinCtrl");
   JavaClass poll(env, "PollBench");
   JavaClass callback(env, "CallbackBench");
+  JavaClass jna(env, "JnaBench");
   const jobject consumer = NewObject(env, "CallbackBench");
   const Session session = OpenGrabbingReader(env, ctrl, consumer);
 
@@ -281,9 +337,14 @@ void RunCallbackBench(JNIEnv* env, int framesOption) {
   {
     FrameDriver driver(session.sdk);
     DirectReader direct;
-    const Bench bench{env, poll, callback, consumer, driver, direct};
+    JnaReader jnaReader(env, jna);
+    const Bench bench{env, poll, callback, consumer, driver, direct, jnaReader};
     for (const Scenario& scenario : kScenarios) {
       results.push_back(Measure(bench, session, scenario, framesOption > 0 ? framesOption : scenario.frames));
+      const Result& r = results.back();
+      figures.Add(std::string(scenario.name) + ", delivered", Figures::kBridge, r.javaUs);
+      figures.Add(std::string(scenario.name) + ", delivered", Figures::kJna, r.jnaUs);
+      figures.Add(std::string(scenario.name) + ", delivered", Figures::kFloor, r.sdkCopyUs);
     }
     attachDetachUs = AttachDetachUs(env, framesOption > 0 ? framesOption : kAttachments);
   }
@@ -291,6 +352,8 @@ void RunCallbackBench(JNIEnv* env, int framesOption) {
 
   std::printf("Image callbacks: frames pushed one after another, from one thread of the stand-in, to a\n"
               "Java callback registered with QuorinCtrl.QUORIN_RegisterImageCallBackEx2 on a virtual reader.\n"
+              "JNA: the same pushes to a callback registered through JNA on a third reader, which reads the\n"
+              "frame record and codes with Structure.read() and copies the image into a Java array;\n"
               "SDK: the same pushes to a C++ callback on a second reader, the stand-in's share of us/delivery;\n"
               "bridge: us/delivery minus SDK; copy: System.arraycopy of the image bytes, in a loop of its own;\n"
               "C++ copy: what copying the image adds to the C++ callback; beyond copy: bridge minus C++ copy.\n"
