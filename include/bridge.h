@@ -39,43 +39,6 @@ constexpr jint kStatusBufferTooSmall = static_cast<jint>(0x8002000au);
   } while (0)
 
 // ---------------------------------------------------------------------------
-// JNI type signatures.
-namespace jsig {
-constexpr const char* kInt = "I";
-constexpr const char* kLong = "J";
-constexpr const char* kShort = "S";
-constexpr const char* kBoolean = "Z";
-constexpr const char* kFloat = "F";
-constexpr const char* kString = "Ljava/lang/String;";
-constexpr const char* kByteArray = "[B";
-constexpr const char* kArrayList = "Ljava/util/ArrayList;";
-constexpr const char* kNoArgConstructor = "()V";
-}  // namespace jsig
-
-// Java classes every subsystem touches.
-namespace jclassname {
-constexpr const char* kHandle = "QuorinCtrlWrapper/QuorinCtrlDefine$Handle";
-constexpr const char* kFrameInfoEx2 = "QuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_IMAGE_OUT_INFO_EX2";
-constexpr const char* kParameterException = "QuorinCtrlWrapper/ParameterException";
-constexpr const char* kAccessMode = "QuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_XML_AccessMode";
-constexpr const char* kArrayList = "java/util/ArrayList";
-constexpr const char* kString = "java/lang/String";
-constexpr const char* kInteger = "java/lang/Integer";
-constexpr const char* kClassLoader = "java/lang/ClassLoader";
-}  // namespace jclassname
-
-// Fields of the Java Handle object.
-namespace handlefield {
-constexpr const char* kSdkHandle = "hHandle";
-constexpr const char* kUpgradeHandle = "upHandle";
-constexpr const char* kPayloadSize = "PayloadSize";
-constexpr const char* kExceptionContext = "lExceptionCallParam";
-constexpr const char* kAllEventContext = "lAllEventCallParam";
-constexpr const char* kImageContext = "lImageCallParam";
-constexpr const char* kTriggerContext = "lTriggerCallParam";
-}  // namespace handlefield
-
-// ---------------------------------------------------------------------------
 // Runtime: diagnostics, method and field access, enumerations, errors.
 
 // Prints a diagnostic line to standard output; the expanded text is used as a format again.
@@ -87,6 +50,9 @@ jmethodID GetMethodID(JNIEnv* env, jobject obj, const char* name, const char* si
 // Reads or writes one field by name and signature; every value travels in one 64-bit word.
 unsigned long long GetFieldValue(JNIEnv* env, jobject obj, const char* name, const char* sig);
 void SetFieldValue(JNIEnv* env, jobject obj, const char* name, const char* sig, unsigned long long value);
+// The same conversions through a field identifier already resolved.
+unsigned long long ReadFieldById(JNIEnv* env, jobject obj, jfieldID field, const char* sig);
+void WriteFieldById(JNIEnv* env, jobject obj, jfieldID field, const char* sig, unsigned long long value);
 // A read with the field looked up on a named class instead of the object's own; the caller
 // makes sure the object is an instance of it.
 unsigned long long GetFieldValue(JNIEnv* env, jobject obj, jclass declaringClass, const char* name, const char* sig);
@@ -104,15 +70,8 @@ inline unsigned long long FloatBits(float value) {
   std::memcpy(&bits, &value, sizeof bits);
   return bits;
 }
-// An object field through GetFieldValue: a local reference the caller deletes.
-inline jobject GetObjectFieldValue(JNIEnv* env, jobject obj, const char* name, const char* sig) {
-  return ObjectFromWord(GetFieldValue(env, obj, name, sig));
-}
-
 // Stores into a caller's java.lang.Integer in place: the caller's own object changes value.
-inline void SetIntegerValue(JNIEnv* env, jobject integer, unsigned int value) {
-  SetFieldValue(env, integer, "value", "I", value);
-}
+void SetIntegerValue(JNIEnv* env, jobject integer, unsigned int value);
 
 // The enumeration constant whose `fieldName` equals `value`, or null.
 jobject GetEnumObject(JNIEnv* env, jclass enumClass, const char* className, const char* fieldName,
@@ -145,25 +104,28 @@ jstring DeviceTextToJava(JNIEnv* env, const char* text);
 // ---------------------------------------------------------------------------
 // The Java Handle object.
 
+// Which of a Handle's long fields holds the SDK pointer.
+enum class HandleKind { kDevice, kUpgrade };
+
 // The SDK pointer kept, zero-extended, in a long field of a Handle (`hHandle` unless told).
-void* SdkHandleOf(JNIEnv* env, jobject handle, const char* field = handlefield::kSdkHandle);
+void* SdkHandleOf(JNIEnv* env, jobject handle, HandleKind kind = HandleKind::kDevice);
 
 // The shape of an entry point whose answer is a number for a caller's Integer: the Handle and
 // the Integer are tested, the SDK is asked, and the number is stored whatever the status
 // (0 when a failing SDK left it alone).
 template <typename SdkGet>
-jint GetIntoInteger(JNIEnv* env, jobject handle, jobject integer, const char* handleField, SdkGet sdkGet) {
+jint GetIntoInteger(JNIEnv* env, jobject handle, jobject integer, HandleKind kind, SdkGet sdkGet) {
   RETURN_IF_NULL(handle, kStatusNullHandle);
   RETURN_IF_NULL(integer, kStatusBadArgument);
   unsigned int value = 0;
-  const int status = sdkGet(SdkHandleOf(env, handle, handleField), &value);
+  const int status = sdkGet(SdkHandleOf(env, handle, kind), &value);
   SetIntegerValue(env, integer, value);
   RETURN_IF_PENDING(env, kStatusBadArgument);
   return status;
 }
 
-// A new Handle object whose `field` holds `sdkHandle`.
-jobject NewHandleObject(JNIEnv* env, const char* field, void* sdkHandle);
+// A new Handle object whose device or upgrade field holds `sdkHandle`.
+jobject NewHandleObject(JNIEnv* env, HandleKind kind, void* sdkHandle);
 
 
 // ---------------------------------------------------------------------------

@@ -8,25 +8,21 @@
 #include <vector>
 
 #include "QuorinCtrl.h"
+#include "QuorinCtrlMembers.h"
 
 #define QSIM_API __attribute__((visibility("default")))
 
 namespace qsim {
 
 // The grade and score members of a code's quality record, for filling one field by field.
-inline constexpr int QUORIN_CODE_INFO::*kQualityGrades[] = {
-    &QUORIN_CODE_INFO::nOverQuality, &QUORIN_CODE_INFO::nDeCode,      &QUORIN_CODE_INFO::nSCGrade,
-    &QUORIN_CODE_INFO::nModGrade,    &QUORIN_CODE_INFO::nFPDGrade,    &QUORIN_CODE_INFO::nANGrade,
-    &QUORIN_CODE_INFO::nGNGrade,     &QUORIN_CODE_INFO::nUECGrade,    &QUORIN_CODE_INFO::nPGHGrade,
-    &QUORIN_CODE_INFO::nPGVGrade,    &QUORIN_CODE_INFO::nRMGrade,     &QUORIN_CODE_INFO::n1DEdgeGrade,
-    &QUORIN_CODE_INFO::n1DMinRGrade, &QUORIN_CODE_INFO::n1DMinEGrade, &QUORIN_CODE_INFO::n1DDcdGrade,
-    &QUORIN_CODE_INFO::n1DDefGrade,  &QUORIN_CODE_INFO::n1DQZGrade};
-inline constexpr float QUORIN_CODE_INFO::*kQualityScores[] = {
-    &QUORIN_CODE_INFO::fSCScore,     &QUORIN_CODE_INFO::fModScore,    &QUORIN_CODE_INFO::fFPDScore,
-    &QUORIN_CODE_INFO::fAnScore,     &QUORIN_CODE_INFO::fGNScore,     &QUORIN_CODE_INFO::fUECScore,
-    &QUORIN_CODE_INFO::fPGHScore,    &QUORIN_CODE_INFO::fPGVScore,    &QUORIN_CODE_INFO::fRMScore,
-    &QUORIN_CODE_INFO::f1DEdgeScore, &QUORIN_CODE_INFO::f1DMinRScore, &QUORIN_CODE_INFO::f1DMinEScore,
-    &QUORIN_CODE_INFO::f1DDcdScore,  &QUORIN_CODE_INFO::f1DDefScore,  &QUORIN_CODE_INFO::f1DQZScore};
+#define QSIM_GRADE(member) &QUORIN_CODE_INFO::member,
+#define QSIM_SCORE(member) &QUORIN_CODE_INFO::member,
+#define QSIM_SKIP(member)
+inline constexpr int QUORIN_CODE_INFO::*kQualityGrades[] = {QUORIN_QUALITY_MEMBERS(QSIM_GRADE, QSIM_SKIP)};
+inline constexpr float QUORIN_CODE_INFO::*kQualityScores[] = {QUORIN_QUALITY_MEMBERS(QSIM_SKIP, QSIM_SCORE)};
+#undef QSIM_GRADE
+#undef QSIM_SCORE
+#undef QSIM_SKIP
 
 // Status words of the stand-in, in a range of its own so that a test can tell
 // them from the bridge's words (0x8002xxxx).

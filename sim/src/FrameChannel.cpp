@@ -28,13 +28,9 @@ QUORIN_BCR_INFO PlainCode(const QUORIN_BCR_INFO_EX& code) {
   plain.pt[2] = code.stCornerRightBottom;
   plain.pt[3] = code.stCornerLeftBottom;
   plain.stCodeQuality = code.stCodeQuality;
-  plain.nAngle = code.nAngle;
-  plain.nMainPackageId = code.nMainPackageId;
-  plain.nSubPackageId = code.nSubPackageId;
-  plain.sAppearCount = code.sAppearCount;
-  plain.sPPM = code.sPPM;
-  plain.sAlgoCost = code.sAlgoCost;
-  plain.sSharpness = code.sSharpness;
+#define QSIM_COPY(member) plain.member = code.member;
+  QUORIN_CODE_SHARED_MEMBERS(QSIM_COPY)
+#undef QSIM_COPY
   plain.bIsGetQuality = code.bIsGetQuality;
   return plain;
 }

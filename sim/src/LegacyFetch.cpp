@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "QuorinCtrl.h"
+#include "QuorinCtrlMembers.h"
 #include "Transport.h"
 
 using qsim::CallBuilder;
@@ -23,13 +24,9 @@ QUORIN_BcrInfo LegacyCode(const QUORIN_BCR_INFO_EX& code) {
   legacy.pt[1] = code.stCornerRightTop;
   legacy.pt[2] = code.stCornerRightBottom;
   legacy.pt[3] = code.stCornerLeftBottom;
-  legacy.nAngle = code.nAngle;
-  legacy.nMainPackageId = code.nMainPackageId;
-  legacy.nSubPackageId = code.nSubPackageId;
-  legacy.sAppearCount = code.sAppearCount;
-  legacy.sPPM = code.sPPM;
-  legacy.sAlgoCost = code.sAlgoCost;
-  legacy.sSharpness = code.sSharpness;
+#define QSIM_COPY(member) legacy.member = code.member;
+  QUORIN_CODE_SHARED_MEMBERS(QSIM_COPY)
+#undef QSIM_COPY
   return legacy;
 }
 

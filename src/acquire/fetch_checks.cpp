@@ -2,13 +2,15 @@
 
 #include <algorithm>
 
+#include "jmap/java_map.h"
+
 jint CheckFetch(JNIEnv* env, jobject handle, jbyteArray data, jobject info, jint timeout, const FetchRules& rules) {
   if (info == nullptr || timeout <= 0 || data == nullptr) {
     if (rules.badArgumentText != nullptr) QN_RunInfo("%s", rules.badArgumentText);
     return kStatusBadArgument;
   }
   RETURN_IF_NULL(handle, kStatusNullHandle);
-  const auto payloadSize = static_cast<jint>(GetFieldValue(env, handle, handlefield::kPayloadSize, jsig::kInt));
+  const auto payloadSize = static_cast<jint>(jmap::Get(env, handle, F::Handle_PayloadSize));
   if (payloadSize == 0) {
     QN_RunInfo("%s", rules.payloadUnknownText);
     return kStatusPayloadUnknown;

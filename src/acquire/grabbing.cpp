@@ -1,6 +1,7 @@
 // Starting and stopping acquisition; starting also caches the frame size in the Handle.
 #include "QuorinCtrlWrapper_QuorinCtrl.h"
 #include "bridge.h"
+#include "jmap/java_map.h"
 #include "params/payload_size.h"
 
 JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1StartGrabbing(JNIEnv* env, jclass, jobject handle) {
@@ -8,7 +9,7 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1StartGrabbing(J
   void* sdkHandle = SdkHandleOf(env, handle);
   // Cached before the SDK is asked to start, and kept even if it refuses.
   const long long payloadSize = PayloadSizeOf(sdkHandle);
-  SetFieldValue(env, handle, handlefield::kPayloadSize, jsig::kInt, static_cast<unsigned long long>(payloadSize));
+  jmap::Set(env, handle, F::Handle_PayloadSize, static_cast<unsigned long long>(payloadSize));
   return QUORIN_StartGrabbing(sdkHandle);
 }
 

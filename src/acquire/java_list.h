@@ -2,6 +2,7 @@
 #pragma once
 
 #include "bridge.h"
+#include "jmap/java_map.h"
 
 // Each list entry is built inside a local frame of its own, so that a long list never
 // exhausts the local reference table, whatever the text conversion leaves behind.
@@ -10,13 +11,13 @@ constexpr jint kEntryLocalRefs = 16;
 // A Java list held in an object's field, emptied so that it can be refilled.
 class RefilledList {
  public:
-  RefilledList(JNIEnv* env, jobject owner, const char* field)
-      : env_(env), list_(env, GetObjectFieldValue(env, owner, field, jsig::kArrayList)) {
+  RefilledList(JNIEnv* env, jobject owner, jmap::FieldId field)
+      : env_(env), list_(env, jmap::JavaObject(env, owner).GetObject(field)) {
     if (!list_) return;
-    jmethodID clear = GetMethodID(env, list_.get(), "clear", "()V");
-    add_ = GetMethodID(env, list_.get(), "add", "(Ljava/lang/Object;)Z");
+    jmethodID clear = jmap::ListMethod(env, list_.get(), jmap::kListClear);
+    add_ = jmap::ListMethod(env, list_.get(), jmap::kListAdd);
     // Looked up though never called: a list class without it is not a list this code accepts.
-    jmethodID get = GetMethodID(env, list_.get(), "get", "(I)Ljava/lang/Object;");
+    jmethodID get = jmap::ListMethod(env, list_.get(), jmap::kListGet);
     if (clear == nullptr || add_ == nullptr || get == nullptr) return;
     env->CallVoidMethod(list_.get(), clear);
     ready_ = !env->ExceptionCheck();
@@ -34,13 +35,14 @@ class RefilledList {
   bool ready_ = false;
 };
 
-// Fills a cleared list with one new object per native entry, each written by `write`.
+// Fills a cleared list with one new object of `entryClass` (the mapped class `entryId`) per
+// native entry, each written by `write`.
 template <typename Entry, typename Write>
-void FillList(JNIEnv* env, jobject owner, const char* field, jclass entryClass, const Entry* entries,
-              unsigned int count, Write write) {
+void FillList(JNIEnv* env, jobject owner, jmap::FieldId field, jmap::ClassId entryId, jclass entryClass,
+              const Entry* entries, unsigned int count, Write write) {
   RefilledList list(env, owner, field);
   if (!list.ready() || entryClass == nullptr) return;
-  jmethodID constructor = env->GetMethodID(entryClass, "<init>", jsig::kNoArgConstructor);
+  jmethodID constructor = jmap::MethodOf(env, entryClass, entryId, jmap::kNoArgConstructor);
   if (constructor == nullptr) return;
   for (unsigned int i = 0; i < count; ++i) {
     if (env->ExceptionCheck()) return;  // an entry's conversion failed: Java sees that error
@@ -48,7 +50,7 @@ void FillList(JNIEnv* env, jobject owner, const char* field, jclass entryClass, 
     if (!frame.ok()) return;
     jobject entry = env->NewObject(entryClass, constructor);
     if (entry == nullptr) return;
-    write(entry, entries[i]);
+    write(jmap::JavaObject(env, entry), entries[i]);
     if (!list.Add(entry)) return;
   }
 }
@@ -56,11 +58,11 @@ void FillList(JNIEnv* env, jobject owner, const char* field, jclass entryClass, 
 // A Java list held in an object's field, read entry by entry; no list reads as empty.
 class ListReader {
  public:
-  ListReader(JNIEnv* env, jobject owner, const char* field)
-      : env_(env), list_(env, GetObjectFieldValue(env, owner, field, jsig::kArrayList)) {
+  ListReader(JNIEnv* env, jobject owner, jmap::FieldId field)
+      : env_(env), list_(env, jmap::JavaObject(env, owner).GetObject(field)) {
     if (!list_) return;
-    get_ = GetMethodID(env, list_.get(), "get", "(I)Ljava/lang/Object;");
-    jmethodID size = GetMethodID(env, list_.get(), "size", "()I");
+    get_ = jmap::ListMethod(env, list_.get(), jmap::kListGet);
+    jmethodID size = jmap::ListMethod(env, list_.get(), jmap::kListSize);
     if (get_ == nullptr || size == nullptr) return;
     size_ = env->CallIntMethod(list_.get(), size);
     if (env->ExceptionCheck()) size_ = 0;

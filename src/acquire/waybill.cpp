@@ -8,6 +8,7 @@
 #include "acquire/frame_record.h"
 #include "acquire/java_list.h"
 #include "bridge.h"
+#include "jmap/records.h"
 
 namespace {
 
@@ -22,123 +23,73 @@ Block<Record> ZeroedBlock() {
   return Block<Record>(static_cast<Record*>(std::calloc(1, sizeof(Record))));
 }
 
-unsigned int IntField(JNIEnv* env, jobject obj, const char* name) {
-  return static_cast<unsigned int>(GetFieldValue(env, obj, name, jsig::kInt));
-}
-unsigned short ShortField(JNIEnv* env, jobject obj, const char* name) {
-  return static_cast<unsigned short>(GetFieldValue(env, obj, name, jsig::kShort));
-}
-unsigned char BoolField(JNIEnv* env, jobject obj, const char* name) {
-  return GetFieldValue(env, obj, name, jsig::kBoolean) != 0 ? 1 : 0;
-}
-// Floats go to the SDK as the number their bit pattern reads as an integer (1.5f arrives as
-// 1069547520.0f): the values the SDK has always been sent in this direction, kept as they are.
-float FloatFieldAsSent(JNIEnv* env, jobject obj, const char* name) {
-  return static_cast<float>(GetFieldValue(env, obj, name, jsig::kFloat));
-}
+using jmap::ClassId;
+using jmap::JavaObject;
 
 // The header words of the frame object; false when it has no pixel type.
-bool ReadHeader(JNIEnv* env, jobject frame, QUORIN_IMAGE_OUT_INFO_EX2* info) {
-  info->nWidth = ShortField(env, frame, "nWidth");
-  info->nHeight = ShortField(env, frame, "nHeight");
-  info->nEventID = IntField(env, frame, "nEventID");
-  info->nChannelID = IntField(env, frame, "nChannelID");
+bool ReadHeader(JNIEnv* env, const JavaObject& frame, QUORIN_IMAGE_OUT_INFO_EX2* info) {
+  jmap::ReadMembers(frame, info, jmap::kHeldFrameSizeAndOrigin);
   int pixelType = 0;
-  if (!EnumNumber(env, frame, "enPixelType", jsig::kPixelType, jclassname::kPixelType, &pixelType)) return false;
+  if (!EnumNumber(env, frame, F::FrameEx2_enPixelType, ClassId::PixelType, &pixelType)) return false;
   info->enPixelType = static_cast<QuorinGvspPixelType>(pixelType);
-  info->nTriggerIndex = IntField(env, frame, "nTriggerIndex");
-  info->nFrameNum = IntField(env, frame, "nFrameNum");
-  info->nFrameLen = IntField(env, frame, "nFrameLen");
-  info->nTimeStampHigh = IntField(env, frame, "nTimeStampHigh");
-  info->nTimeStampLow = IntField(env, frame, "nTimeStampLow");
-  info->bFlaseTrigger = IntField(env, frame, "bFlaseTrigger");
-  info->nFocusScore = IntField(env, frame, "nFocusScore");
-  info->bIsGetCode = BoolField(env, frame, "bIsGetCode");
+  jmap::ReadMembers(frame, info, jmap::kFrameCounters);
   return true;
 }
 
-void ReadCorner(JNIEnv* env, jobject entry, const char* field, QUORIN_POINT_I* point) {
-  ScopedLocalRef<jobject> corner(env, GetObjectFieldValue(env, entry, field, jsig::kPointI));
-  if (!corner) return;
-  point->nX = static_cast<int>(IntField(env, corner.get(), "nX"));
-  point->nY = static_cast<int>(IntField(env, corner.get(), "nY"));
-}
-
-void ReadQuality(JNIEnv* env, jobject entry, QUORIN_CODE_INFO* quality) {
-  ScopedLocalRef<jobject> source(env, GetObjectFieldValue(env, entry, "stCodeQuality", jsig::kCodeInfo));
-  if (!source) return;
-  for (size_t i = 0; i < kSentQualityFields; ++i) {
-    const QualityField& field = kQualityFields[i];
-    char* word = reinterpret_cast<char*>(quality) + field.offset;
-    if (field.sig[0] == 'F') {  // a score
-      const float score = FloatFieldAsSent(env, source.get(), field.name);
-      std::memcpy(word, &score, sizeof score);
-    } else {
-      const unsigned int grade = IntField(env, source.get(), field.name);
-      std::memcpy(word, &grade, sizeof grade);
-    }
+void ReadCorners(JNIEnv* env, const JavaObject& entry, QUORIN_BCR_INFO* code) {
+  for (const jmap::Corner& corner : jmap::kSentCorners) {
+    ScopedLocalRef<jobject> point(env, entry.GetObject(corner.field));
+    if (point) jmap::ReadMembers(JavaObject(env, point.get()), reinterpret_cast<char*>(code) + corner.offset, jmap::kPoint);
   }
 }
 
+void ReadQuality(JNIEnv* env, const JavaObject& entry, QUORIN_CODE_INFO* quality) {
+  ScopedLocalRef<jobject> source(env, entry.GetObject(F::Code_stCodeQuality));
+  if (source) jmap::ReadMembers(JavaObject(env, source.get()), quality, jmap::kQualitySent, jmap::kQualitySentCount);
+}
+
 // The code text itself does not travel, only its length.
-void ReadCode(JNIEnv* env, jobject entry, QUORIN_BCR_INFO* code) {
-  code->nID = IntField(env, entry, "nID");
-  code->nLen = IntField(env, entry, "nLen");
-  code->nBarType = IntField(env, entry, "nBarType");
-  ReadCorner(env, entry, "stCornerLeftTop", &code->pt[0]);
-  ReadCorner(env, entry, "stCornerRightTop", &code->pt[1]);
-  ReadCorner(env, entry, "stCornerRightBottom", &code->pt[2]);
-  // The fourth corner repeats the right-top one: what the SDK has always been sent.
-  ReadCorner(env, entry, "stCornerRightTop", &code->pt[3]);
+void ReadCode(JNIEnv* env, const JavaObject& entry, QUORIN_BCR_INFO* code) {
+  jmap::ReadMembers(entry, code, jmap::kSentCodeId);
+  ReadCorners(env, entry, code);
   ReadQuality(env, entry, &code->stCodeQuality);
-  code->nAngle = static_cast<int>(IntField(env, entry, "nAngle"));
-  code->nMainPackageId = IntField(env, entry, "nMainPackageId");
-  code->nSubPackageId = IntField(env, entry, "nSubPackageId");
-  code->sAppearCount = ShortField(env, entry, "sAppearCount");
-  code->sPPM = ShortField(env, entry, "sPPM");
-  code->sAlgoCost = ShortField(env, entry, "sAlgoCost");
-  code->sSharpness = ShortField(env, entry, "sSharpness");
-  code->bIsGetQuality = BoolField(env, entry, "bIsGetQuality");
+  jmap::ReadMembers(entry, code, jmap::kSentCodeMeasures);
 }
 
 // Entries are read up to the count the object states, the list's own size and the native
 // list's capacity, whichever is smallest.
 template <typename ReadEntry>
-void ReadEntries(JNIEnv* env, jobject owner, const char* field, unsigned int count, unsigned int capacity,
+void ReadEntries(JNIEnv* env, jobject owner, jmap::FieldId field, unsigned int count, unsigned int capacity,
                  ReadEntry readEntry) {
   ListReader list(env, owner, field);
   const unsigned int readable = std::min({count, capacity, static_cast<unsigned int>(std::max(list.size(), 0))});
   for (unsigned int i = 0; i < readable; ++i) {
     ScopedLocalRef<jobject> entry(env, list.At(static_cast<jint>(i)));
     if (!entry) return;
-    readEntry(entry.get(), i);
+    readEntry(JavaObject(env, entry.get()), i);
   }
 }
 
 void ReadCodes(JNIEnv* env, jobject codeList, QUORIN_RESULT_BCR* plain, QUORIN_RESULT_BCR_EX* extended) {
-  const unsigned int count = IntField(env, codeList, "nCodeNum");
+  const auto count = static_cast<unsigned int>(jmap::Get(env, codeList, F::CodeList_nCodeNum));
   plain->nCodeNum = std::min<unsigned int>(count, QUORIN_MAX_BCR_NUM);
   extended->nCodeNum = std::min<unsigned int>(count, QUORIN_MAX_BCR_EX_NUM);
-  ReadEntries(env, codeList, "stBcrInfoEx", plain->nCodeNum, QUORIN_MAX_BCR_NUM,
-              [&](jobject entry, unsigned int i) { ReadCode(env, entry, &plain->stBcrInfo[i]); });
+  ReadEntries(env, codeList, F::CodeList_stBcrInfoEx, plain->nCodeNum, QUORIN_MAX_BCR_NUM,
+              [&](const JavaObject& entry, unsigned int i) { ReadCode(env, entry, &plain->stBcrInfo[i]); });
 }
 
-void ReadWaybills(JNIEnv* env, jobject frame, QUORIN_WAYBILL_LIST* waybills) {
-  ScopedLocalRef<jobject> list(env, GetObjectFieldValue(env, frame, "pstWaybillList", jsig::kWaybillList));
+void ReadWaybills(JNIEnv* env, const JavaObject& frame, QUORIN_WAYBILL_LIST* waybills) {
+  ScopedLocalRef<jobject> list(env, frame.GetObject(F::FrameEx2_pstWaybillList));
   if (!list) return;
-  waybills->nWaybillNum = std::min<unsigned int>(IntField(env, list.get(), "nWaybillNum"), QUORIN_MAX_WAYBILL_NUM);
+  const JavaObject owner(env, list.get());
+  waybills->nWaybillNum = std::min<unsigned int>(static_cast<unsigned int>(owner.Get(F::WaybillList_nWaybillNum)),
+                                                 QUORIN_MAX_WAYBILL_NUM);
   int imageType = 0;  // none set: undefined
-  EnumNumber(env, list.get(), "enWaybillImageType", jsig::kImageType, jclassname::kImageType, &imageType);
+  EnumNumber(env, owner, F::WaybillList_enWaybillImageType, ClassId::ImageType, &imageType);
   waybills->enWaybillImageType = static_cast<QUORIN_IMAGE_TYPE>(imageType);
-  ReadEntries(env, list.get(), "stWaybillInfo", waybills->nWaybillNum, QUORIN_MAX_WAYBILL_NUM,
-              [&](jobject entry, unsigned int i) {
-                QUORIN_WAYBILL_INFO& waybill = waybills->stWaybillInfo[i];
-                waybill.fCenterX = FloatFieldAsSent(env, entry, "fCenterX");
-                waybill.fCenterY = FloatFieldAsSent(env, entry, "fCenterY");
-                waybill.fWidth = FloatFieldAsSent(env, entry, "fWidth");
-                waybill.fHeight = FloatFieldAsSent(env, entry, "fHeight");
-                waybill.fAngle = FloatFieldAsSent(env, entry, "fAngle");
-                waybill.fConfidence = FloatFieldAsSent(env, entry, "fConfidence");
+  ReadEntries(env, list.get(), F::WaybillList_stWaybillInfo, waybills->nWaybillNum, QUORIN_MAX_WAYBILL_NUM,
+              [&](const JavaObject& entry, unsigned int i) {
+                jmap::ReadMembers(entry, &waybills->stWaybillInfo[i], jmap::kWaybillPlaceSent);
               });
 }
 
@@ -155,8 +106,9 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1GetWayBillInfoE
   void* sdkHandle = SdkHandleOf(env, handle);
   ScopedByteArrayElements image(env, data, 0);
   QUORIN_IMAGE_OUT_INFO_EX2 info{};
-  ScopedLocalRef<jobject> codeList(env, GetObjectFieldValue(env, frame, "pstCodeListEx", jsig::kResultBcrEx));
-  const bool headerRead = ReadHeader(env, frame, &info);
+  const JavaObject frameObject(env, frame);
+  ScopedLocalRef<jobject> codeList(env, frameObject.GetObject(F::FrameEx2_pstCodeListEx));
+  const bool headerRead = ReadHeader(env, frameObject, &info);
   RETURN_IF_PENDING(env, kStatusBadArgument);
   if (!headerRead || !codeList) {
     // These refusals have always left the image pinned; kept so, as callers may rely on it.
@@ -168,7 +120,7 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1GetWayBillInfoE
   auto waybills = ZeroedBlock<QUORIN_WAYBILL_LIST>();
   if (!plainCodes || !extendedCodes || !waybills) return kStatusBadArgument;
   ReadCodes(env, codeList.get(), plainCodes.get(), extendedCodes.get());
-  ReadWaybills(env, frame, waybills.get());
+  ReadWaybills(env, frameObject, waybills.get());
   // An entry of another class or a list that throws: its error is what Java sees.
   RETURN_IF_PENDING(env, kStatusBadArgument);
   // The SDK reads nFrameLen bytes from the image; the array must hold every one of them.

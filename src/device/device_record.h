@@ -3,15 +3,6 @@
 
 #include "bridge.h"
 
-namespace jclassname {
-constexpr const char* kDeviceInfo = "QuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_DEVICE_INFO";
-constexpr const char* kGigEDeviceInfo = "QuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_GIGE_DEVICE_INFO";
-}  // namespace jclassname
-
-namespace jsig {
-constexpr const char* kGigEDeviceInfo = "LQuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_GIGE_DEVICE_INFO;";
-}
-
 // How the serial number becomes a Java string: only the plain enumeration decodes GBK.
 enum class SerialText { kAsStored, kUtf8OrGbk };
 

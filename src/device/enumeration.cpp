@@ -2,6 +2,7 @@
 #include "QuorinCtrlWrapper_QuorinCtrl.h"
 #include "bridge.h"
 #include "device/device_record.h"
+#include "jmap/java_map.h"
 
 namespace {
 
@@ -45,7 +46,7 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1GetDeviceInfo(J
   QUORIN_DEVICE_INFO info{};
   const int status = QUORIN_GetDeviceInfo(SdkHandleOf(env, handle), &info);
   if (status != 0) return status;
-  ScopedLocalRef<jobject> gige(env, GetObjectFieldValue(env, devInfo, "stGigEInfo", jsig::kGigEDeviceInfo));
+  ScopedLocalRef<jobject> gige(env, jmap::JavaObject(env, devInfo).GetObject(F::DeviceInfo_stGigEInfo));
   WriteDeviceInfo(env, info, devInfo, gige.get(), SerialText::kAsStored);
   RETURN_IF_PENDING(env, kStatusBadArgument);
   return kStatusOk;

@@ -40,5 +40,5 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1GIGE_1SetGvcpTi
 JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1GIGE_1GetGvcpTimeout(JNIEnv* env, jclass,
                                                                                      jobject handle,
                                                                                      jobject milliseconds) {
-  return GetIntoInteger(env, handle, milliseconds, handlefield::kSdkHandle, QUORIN_GIGE_GetGvcpTimeout);
+  return GetIntoInteger(env, handle, milliseconds, HandleKind::kDevice, QUORIN_GIGE_GetGvcpTimeout);
 }

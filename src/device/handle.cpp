@@ -19,7 +19,7 @@ JNIEXPORT jobject JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1CreateHandle
     throwError(env, status, "QUORIN_CreateHandle create failed");
     return nullptr;
   }
-  return NewHandleObject(env, handlefield::kSdkHandle, sdkHandle);
+  return NewHandleObject(env, HandleKind::kDevice, sdkHandle);
 }
 
 JNIEXPORT jobject JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1CreateHandleBySerialNumber(JNIEnv* env, jclass,
@@ -38,7 +38,7 @@ JNIEXPORT jobject JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1CreateHandle
     throwError(env, status, "QUORIN_CreateHandleBySerialNumber create failed");
     return nullptr;
   }
-  return NewHandleObject(env, handlefield::kSdkHandle, sdkHandle);
+  return NewHandleObject(env, HandleKind::kDevice, sdkHandle);
 }
 
 JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1OpenDevice(JNIEnv* env, jclass, jobject handle) {
@@ -65,12 +65,12 @@ JNIEXPORT jobject JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1CreateHandle
   void* upgradeHandle = nullptr;
   // Failure is silent here: no exception, no message, just null.
   if (QUORIN_CreateHandleForUpgradeAndEncryption(&upgradeHandle) != 0) return nullptr;
-  return NewHandleObject(env, handlefield::kUpgradeHandle, upgradeHandle);
+  return NewHandleObject(env, HandleKind::kUpgrade, upgradeHandle);
 }
 
 JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1DestroyHandleForUpgradeAndEncryption(JNIEnv* env,
                                                                                                      jclass,
                                                                                                      jobject handle) {
   RETURN_IF_NULL(handle, kStatusNullHandle);
-  return QUORIN_DestroyHandleForUpgradeAndEncryption(SdkHandleOf(env, handle, handlefield::kUpgradeHandle));
+  return QUORIN_DestroyHandleForUpgradeAndEncryption(SdkHandleOf(env, handle, HandleKind::kUpgrade));
 }

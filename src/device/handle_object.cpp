@@ -1,18 +1,19 @@
 // The Java Handle object: the SDK pointers it carries, and its creation.
 #include "bridge.h"
+#include "jmap/java_map.h"
 
-void* SdkHandleOf(JNIEnv* env, jobject handle, const char* field) {
+namespace {
+jmap::FieldId FieldOf(HandleKind kind) { return kind == HandleKind::kDevice ? F::Handle_hHandle : F::Handle_upHandle; }
+}  // namespace
+
+void* SdkHandleOf(JNIEnv* env, jobject handle, HandleKind kind) {
   // Kept zero-extended in a long; narrowed back to the width of a native pointer.
-  return reinterpret_cast<void*>(static_cast<uintptr_t>(GetFieldValue(env, handle, field, jsig::kLong)));
+  return reinterpret_cast<void*>(static_cast<uintptr_t>(jmap::Get(env, handle, FieldOf(kind))));
 }
 
-jobject NewHandleObject(JNIEnv* env, const char* field, void* sdkHandle) {
-  ScopedLocalRef<jclass> cls(env, env->FindClass(jclassname::kHandle));
-  RETURN_IF_NULL(cls.get(), nullptr);
-  jmethodID constructor = env->GetMethodID(cls.get(), "<init>", jsig::kNoArgConstructor);
-  RETURN_IF_NULL(constructor, nullptr);
-  jobject handle = env->NewObject(cls.get(), constructor);
+jobject NewHandleObject(JNIEnv* env, HandleKind kind, void* sdkHandle) {
+  jobject handle = jmap::NewObject(env, jmap::ClassId::Handle);
   RETURN_IF_NULL(handle, nullptr);
-  SetFieldValue(env, handle, field, jsig::kLong, PointerWord(sdkHandle));
+  jmap::Set(env, handle, FieldOf(kind), PointerWord(sdkHandle));
   return handle;
 }

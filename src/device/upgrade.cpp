@@ -17,7 +17,7 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1StartUpgradeDev
   RETURN_IF_NULL(handle, kStatusNullHandle);
   RETURN_IF_NULL(devInfo, kStatusBadArgument);
   RETURN_IF_NULL(filePath, kStatusBadArgument);
-  void* upgradeHandle = SdkHandleOf(env, handle, handlefield::kUpgradeHandle);
+  void* upgradeHandle = SdkHandleOf(env, handle, HandleKind::kUpgrade);
   QUORIN_DEVICE_INFO info;
   ReadDeviceInfo(env, devInfo, TextCopy::kUtf16Count, &info);
   ScopedUtfChars path(env, filePath);
@@ -29,5 +29,5 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1StartUpgradeDev
 JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1GetUpgradeProcessByHandle(JNIEnv* env, jclass,
                                                                                           jobject handle,
                                                                                           jobject progress) {
-  return GetIntoInteger(env, handle, progress, handlefield::kUpgradeHandle, QUORIN_GetUpgradeProcessByHandle);
+  return GetIntoInteger(env, handle, progress, HandleKind::kUpgrade, QUORIN_GetUpgradeProcessByHandle);
 }

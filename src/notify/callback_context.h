@@ -3,34 +3,56 @@
 #pragma once
 
 #include "bridge.h"
+#include "jmap/java_map.h"
+
+// A global reference held in a context word. Deleted on release unless the context says to keep
+// it, which is spelt out where it happens.
+template <typename T>
+struct GlobalRef {
+  T ref;
+
+  T get() const { return ref; }
+  void Delete(JNIEnv* env) {
+    if (ref != nullptr) env->DeleteGlobalRef(ref);
+    ref = nullptr;
+  }
+  // The reference stays alive for the rest of the process; only where that is intended.
+  void KeepForProcess() { ref = nullptr; }
+};
 
 // Exception callback.
 struct CallbackContext {
-  jobject callbackRef;
-  jobject handleRef;  // kept alive with the registration, never read on delivery
+  GlobalRef<jobject> callbackRef;
+  GlobalRef<jobject> handleRef;  // kept alive with the registration, never read on delivery
   JavaVM* javaVM;
 };
 
 // Event and trigger callbacks: also the Java record class and the one reused record.
 struct RecordCallbackContext {
-  jobject callbackRef;
-  jobject handleRef;
-  jobject recordRef;
-  jclass recordClassRef;
+  GlobalRef<jobject> callbackRef;
+  GlobalRef<jobject> handleRef;
+  GlobalRef<jobject> recordRef;
+  GlobalRef<jclass> recordClassRef;
   JavaVM* javaVM;
 };
 
 // Image callback: the classes the frame conversion needs on an SDK thread.
 struct ImageCallbackContext {
-  jobject callbackRef;
-  jobject handleRef;
-  jbyteArray imageArrayRef;
-  jclass bcrInfoClassRef;
-  jclass waybillInfoClassRef;
-  jclass pixelTypeClassRef;
-  jclass imageTypeClassRef;
+  GlobalRef<jobject> callbackRef;
+  GlobalRef<jobject> handleRef;
+  GlobalRef<jbyteArray> imageArrayRef;
+  GlobalRef<jclass> bcrInfoClassRef;
+  GlobalRef<jclass> waybillInfoClassRef;
+  GlobalRef<jclass> pixelTypeClassRef;
+  GlobalRef<jclass> imageTypeClassRef;
   JavaVM* javaVM;
 };
+
+#if defined(__i386__)
+static_assert(sizeof(CallbackContext) == 12, "three words");
+static_assert(sizeof(RecordCallbackContext) == 20, "five words");
+static_assert(sizeof(ImageCallbackContext) == 32, "eight words");
+#endif
 
 // The references a registration writes into each kind of context, visited pairwise in two
 // copies of it; the ones deliveries make (the reused record, the image array) are not among them.
@@ -55,25 +77,19 @@ void ForEachRegisteredRef(ImageCallbackContext& a, ImageCallbackContext& b, Visi
   visit(a.imageTypeClassRef, b.imageTypeClassRef);
 }
 
-#if defined(__i386__)
-static_assert(sizeof(CallbackContext) == 12, "three words");
-static_assert(sizeof(RecordCallbackContext) == 20, "five words");
-static_assert(sizeof(ImageCallbackContext) == 32, "eight words");
-#endif
-
 // The context whose address a Handle field holds, or null.
 template <typename Context>
-Context* ContextOf(JNIEnv* env, jobject handle, const char* field) {
-  return reinterpret_cast<Context*>(static_cast<uintptr_t>(GetFieldValue(env, handle, field, jsig::kLong)));
+Context* ContextOf(JNIEnv* env, jobject handle, jmap::FieldId field) {
+  return reinterpret_cast<Context*>(static_cast<uintptr_t>(jmap::Get(env, handle, field)));
 }
 
 // The Handle's context of this kind, made and recorded in `field` on first registration.
 template <typename Context>
-Context* ContextFor(JNIEnv* env, jobject handle, const char* field) {
+Context* ContextFor(JNIEnv* env, jobject handle, jmap::FieldId field) {
   Context* context = ContextOf<Context>(env, handle, field);
   if (context == nullptr) {
     context = new Context{};
-    SetFieldValue(env, handle, field, jsig::kLong, PointerWord(context));
+    jmap::Set(env, handle, field, PointerWord(context));
   }
   return context;
 }
@@ -82,8 +98,8 @@ Context* ContextFor(JNIEnv* env, jobject handle, const char* field) {
 // are deliberately left alive: a delivery already under way may still use them.
 template <typename Context>
 void WriteRegistration(JNIEnv* env, Context* context, jobject handle, jobject callback) {
-  context->callbackRef = env->NewGlobalRef(callback);
-  context->handleRef = env->NewGlobalRef(handle);
+  context->callbackRef.ref = env->NewGlobalRef(callback);
+  context->handleRef.ref = env->NewGlobalRef(handle);
   env->GetJavaVM(&context->javaVM);
 }
 
@@ -92,10 +108,14 @@ void WriteRegistration(JNIEnv* env, Context* context, jobject handle, jobject ca
 // a delivery may already hold them, so they stay alive as a re-registration's would.
 template <typename Context>
 void RollBackRegistration(JNIEnv* env, Context* context, Context standing) {
-  const bool wasRegistered = standing.callbackRef != nullptr;
+  const bool wasRegistered = standing.callbackRef.get() != nullptr;
   ForEachRegisteredRef(*context, standing, [env, wasRegistered](auto& fresh, auto& kept) {
-    if (fresh == kept) return;
-    if (!wasRegistered && fresh != nullptr) env->DeleteGlobalRef(fresh);
+    if (fresh.get() == kept.get()) return;
+    if (wasRegistered) {
+      fresh.KeepForProcess();
+    } else {
+      fresh.Delete(env);
+    }
     fresh = kept;
   });
 }
@@ -103,9 +123,9 @@ void RollBackRegistration(JNIEnv* env, Context* context, Context standing) {
 // A global reference to a class found on the registering (Java) thread, or `previous` when
 // the class cannot be found; FindClass on an SDK thread would not see the application's classes.
 template <typename Class>
-Class GlobalClassOr(JNIEnv* env, const char* name, Class previous) {
+Class GlobalClassOr(JNIEnv* env, jmap::ClassId cls, Class previous) {
   RETURN_IF_PENDING(env, previous);
-  ScopedLocalRef<jclass> local(env, env->FindClass(name));
+  ScopedLocalRef<jclass> local(env, jmap::FindClass(env, cls));
   if (!local) return previous;
   return static_cast<Class>(env->NewGlobalRef(local.get()));
 }
@@ -113,7 +133,7 @@ Class GlobalClassOr(JNIEnv* env, const char* name, Class previous) {
 // The registration every notification kind shares. A null callback only clears the SDK's
 // side (no function, no context); the context stays and is reused by the next registration.
 template <typename Context, typename SdkRegister, typename Prepare>
-jint RegisterCallback(JNIEnv* env, jobject handle, jobject callback, const char* field, SdkRegister sdkRegister,
+jint RegisterCallback(JNIEnv* env, jobject handle, jobject callback, jmap::FieldId field, SdkRegister sdkRegister,
                       Prepare prepare) {
   RETURN_IF_NULL(handle, kStatusNullHandle);
   void* sdkHandle = SdkHandleOf(env, handle);
@@ -131,7 +151,7 @@ jint RegisterCallback(JNIEnv* env, jobject handle, jobject callback, const char*
 
 // The Java method a callback object declares for this kind, looked up on its own class at
 // every delivery so that subclasses and anonymous classes work.
-jmethodID CallbackMethod(JNIEnv* env, jobject callback, const char* name, const char* sig);
+jmethodID CallbackMethod(JNIEnv* env, jobject callback, const jmap::JavaMethod& method);
 
 // Frees the exception, event and image contexts of a Handle and zeroes their fields.
 void ReleaseCallbackContexts(JNIEnv* env, jobject handle);

@@ -2,52 +2,47 @@
 
 namespace {
 
-template <typename Ref>
-void DeleteGlobal(JNIEnv* env, Ref& ref) {
-  if (ref != nullptr) env->DeleteGlobalRef(ref);
-  ref = nullptr;
-}
-
 template <typename Context, typename Release>
-void ReleaseContext(JNIEnv* env, jobject handle, const char* field, Release release) {
+void ReleaseContext(JNIEnv* env, jobject handle, jmap::FieldId field, Release release) {
   Context* context = ContextOf<Context>(env, handle, field);
   if (context == nullptr) return;
   release(*context);
   delete context;
-  SetFieldValue(env, handle, field, jsig::kLong, 0);
+  jmap::Set(env, handle, field, 0);
 }
 
 }  // namespace
 
-jmethodID CallbackMethod(JNIEnv* env, jobject callback, const char* name, const char* sig) {
+jmethodID CallbackMethod(JNIEnv* env, jobject callback, const jmap::JavaMethod& method) {
   if (callback == nullptr) return nullptr;  // a context whose registration never took
   ScopedLocalRef<jclass> cls(env, env->GetObjectClass(callback));
   if (!cls) return nullptr;
-  jmethodID method = env->GetMethodID(cls.get(), name, sig);
-  if (method == nullptr) env->ExceptionClear();  // a callback without the method gets nothing
-  return method;
+  jmethodID found = env->GetMethodID(cls.get(), method.name, method.sig);
+  if (found == nullptr) env->ExceptionClear();  // a callback without the method gets nothing
+  return found;
 }
 
 void ReleaseCallbackContexts(JNIEnv* env, jobject handle) {
-  ReleaseContext<CallbackContext>(env, handle, handlefield::kExceptionContext, [env](CallbackContext& c) {
-    DeleteGlobal(env, c.handleRef);
-    DeleteGlobal(env, c.callbackRef);
+  ReleaseContext<CallbackContext>(env, handle, F::Handle_lExceptionCallParam, [env](CallbackContext& c) {
+    c.handleRef.Delete(env);
+    c.callbackRef.Delete(env);
   });
-  // The record class stays referenced: it is shared by every registration of the kind.
-  ReleaseContext<RecordCallbackContext>(env, handle, handlefield::kAllEventContext, [env](RecordCallbackContext& c) {
-    DeleteGlobal(env, c.handleRef);
-    DeleteGlobal(env, c.callbackRef);
-    DeleteGlobal(env, c.recordRef);
+  ReleaseContext<RecordCallbackContext>(env, handle, F::Handle_lAllEventCallParam, [env](RecordCallbackContext& c) {
+    c.handleRef.Delete(env);
+    c.callbackRef.Delete(env);
+    c.recordRef.Delete(env);
+    // Intended: the release of an event context leaves its record class referenced.
+    c.recordClassRef.KeepForProcess();
   });
-  // The image array stays referenced for the life of the process, by design: Java code may
-  // still hold the array it was handed.
-  ReleaseContext<ImageCallbackContext>(env, handle, handlefield::kImageContext, [env](ImageCallbackContext& c) {
-    DeleteGlobal(env, c.bcrInfoClassRef);
-    DeleteGlobal(env, c.imageTypeClassRef);
-    DeleteGlobal(env, c.pixelTypeClassRef);
-    DeleteGlobal(env, c.waybillInfoClassRef);
-    DeleteGlobal(env, c.handleRef);
-    DeleteGlobal(env, c.callbackRef);
+  ReleaseContext<ImageCallbackContext>(env, handle, F::Handle_lImageCallParam, [env](ImageCallbackContext& c) {
+    c.bcrInfoClassRef.Delete(env);
+    c.imageTypeClassRef.Delete(env);
+    c.pixelTypeClassRef.Delete(env);
+    c.waybillInfoClassRef.Delete(env);
+    c.handleRef.Delete(env);
+    c.callbackRef.Delete(env);
+    // Intended: the image array outlives the handle, referenced for the rest of the process.
+    c.imageArrayRef.KeepForProcess();
   });
-  // The trigger context is deliberately not released: it outlives the handle.
+  // Intended: the trigger context is not released and outlives the handle, with its references.
 }

@@ -2,79 +2,57 @@
 // on the SDK's own threads.
 #include "QuorinCtrlWrapper_QuorinCtrl.h"
 #include "bridge.h"
-#include "notify/attached_thread.h"
+#include "jmap/records.h"
 #include "notify/callback_context.h"
+#include "notify/delivery_scope.h"
 
-namespace jclassname {
-constexpr const char* kEventOutInfo = "QuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_EVENT_OUT_INFO";
-constexpr const char* kTriggerInfo = "QuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_TRIGGER_INFO_DATA";
-}  // namespace jclassname
+using jmap::ClassId;
 
 namespace {
 
-constexpr const char* kOnEvent = "(LQuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_EVENT_OUT_INFO;)I";
-constexpr const char* kOnTrigger = "(LQuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_TRIGGER_INFO_DATA;)I";
-
 // The one record instance every delivery of this context hands to Java, made on first use.
-jobject ReusedRecord(JNIEnv* env, RecordCallbackContext& context) {
-  if (context.recordRef != nullptr || context.recordClassRef == nullptr) return context.recordRef;
-  jmethodID constructor = env->GetMethodID(context.recordClassRef, "<init>", jsig::kNoArgConstructor);
+jobject ReusedRecord(JNIEnv* env, RecordCallbackContext& context, ClassId recordClass) {
+  if (context.recordRef.get() != nullptr || context.recordClassRef.get() == nullptr) return context.recordRef.get();
+  jmethodID constructor = jmap::MethodOf(env, context.recordClassRef.get(), recordClass, jmap::kNoArgConstructor);
   if (constructor == nullptr) return nullptr;
-  ScopedLocalRef<jobject> record(env, env->NewObject(context.recordClassRef, constructor));
-  if (record) context.recordRef = env->NewGlobalRef(record.get());
-  return context.recordRef;
+  ScopedLocalRef<jobject> record(env, env->NewObject(context.recordClassRef.get(), constructor));
+  if (record) context.recordRef.ref = env->NewGlobalRef(record.get());
+  return context.recordRef.get();
 }
 
 // Calls the Java method with the context's record filled by `fill`; nothing reaches Java
 // when the thread cannot attach or the record cannot be made.
 template <typename Fill>
-void DeliverRecord(void* user, const char* method, const char* sig, Fill fill) {
+void DeliverRecord(void* user, const jmap::JavaMethod& method, ClassId recordClass, Fill fill) {
   if (user == nullptr) return;
   auto& context = *static_cast<RecordCallbackContext*>(user);
-  AttachedThread thread(context.javaVM);
-  JNIEnv* env = thread.env();
+  DeliveryScope delivery(context.javaVM);
+  JNIEnv* env = delivery.env();
   if (env == nullptr) return;
-  jmethodID onRecord = CallbackMethod(env, context.callbackRef, method, sig);
-  jobject record = ReusedRecord(env, context);
+  jmethodID onRecord = CallbackMethod(env, context.callbackRef.get(), method);
+  jobject record = ReusedRecord(env, context, recordClass);
   if (onRecord == nullptr || record == nullptr || env->ExceptionCheck()) return;
-  fill(env, record);
+  fill(env, jmap::JavaObject(env, record));
   if (env->ExceptionCheck()) return;
-  env->CallIntMethod(context.callbackRef, onRecord, record);
-  env->ExceptionCheck();  // whatever Java threw is reported when the thread detaches
+  env->CallIntMethod(context.callbackRef.get(), onRecord, record);
 }
 
-void FillEvent(JNIEnv* env, jobject record, const QUORIN_EVENT_OUT_INFO& event) {
+void FillEvent(JNIEnv* env, const jmap::JavaObject& record, const QUORIN_EVENT_OUT_INFO& event) {
   // The name is taken as it stands, bounded by its array.
   char name[sizeof event.EventName + 1] = {};
   std::memcpy(name, event.EventName, sizeof event.EventName);
   ScopedLocalRef<jstring> eventName(env, env->NewStringUTF(name));
-  SetFieldValue(env, record, "EventName", jsig::kString, PointerWord(eventName.get()));
-  SetFieldValue(env, record, "nEventID", jsig::kShort, event.nEventID);
-  SetFieldValue(env, record, "nStreamChannel", jsig::kShort, event.nStreamChannel);
-  SetFieldValue(env, record, "nBlockIdHigh", jsig::kInt, event.nBlockIdHigh);
-  SetFieldValue(env, record, "nBlockIdLow", jsig::kInt, event.nBlockIdLow);
-  SetFieldValue(env, record, "nTimestampHigh", jsig::kInt, event.nTimestampHigh);
-  SetFieldValue(env, record, "nTimestampLow", jsig::kInt, event.nTimestampLow);
+  record.SetObject(F::EventOutInfo_EventName, eventName.get());
+  jmap::WriteMembers(record, &event, jmap::kEventWords);
   ScopedLocalRef<jbyteArray> data(env, NewByteArrayOf(env, event.pEventData, event.nEventDataSize));
-  SetFieldValue(env, record, "pEventData", jsig::kByteArray, PointerWord(data.get()));
-  SetFieldValue(env, record, "nEventDataSize", jsig::kInt, event.nEventDataSize);
-}
-
-void FillTrigger(JNIEnv* env, jobject record, const QUORIN_TRIGGER_INFO_DATA& trigger) {
-  SetFieldValue(env, record, "nTriggerIndex", jsig::kInt, trigger.nTriggerIndex);
-  SetFieldValue(env, record, "nTriggerFlag", jsig::kInt, trigger.nTriggerFlag);
-  SetFieldValue(env, record, "nTriggerTimeHigh", jsig::kInt, trigger.nTriggerTimeHigh);
-  SetFieldValue(env, record, "nTriggerTimeLow", jsig::kInt, trigger.nTriggerTimeLow);
-  SetFieldValue(env, record, "nOriginalTrigger", jsig::kInt, trigger.nOriginalTrigger);
-  SetFieldValue(env, record, "nIsForceOver", jsig::kShort, trigger.nIsForceOver);
-  SetFieldValue(env, record, "nIsMainCam", jsig::kShort, trigger.nIsMainCam);
-  SetFieldValue(env, record, "nHostTimeStamp", jsig::kLong, trigger.nHostTimeStamp);
+  record.SetObject(F::EventOutInfo_pEventData, data.get());
+  record.Set(F::EventOutInfo_nEventDataSize, event.nEventDataSize);
 }
 
 // Record kinds also keep their Java record class, found here on the Java thread.
-auto RecordClass(JNIEnv* env, const char* className) {
-  return [env, className](RecordCallbackContext& context) {
-    context.recordClassRef = GlobalClassOr(env, className, context.recordClassRef);
+auto RecordClass(JNIEnv* env, ClassId recordClass) {
+  return [env, recordClass](RecordCallbackContext& context) {
+    context.recordClassRef.ref = GlobalClassOr(env, recordClass, context.recordClassRef.get());
   };
 }
 
@@ -83,31 +61,31 @@ auto RecordClass(JNIEnv* env, const char* className) {
 extern "C" JNIEXPORT void ExceptionCallBack(unsigned int msgType, void* user) {
   if (user == nullptr) return;
   auto& context = *static_cast<CallbackContext*>(user);
-  AttachedThread thread(context.javaVM);
-  JNIEnv* env = thread.env();
+  DeliveryScope delivery(context.javaVM);
+  JNIEnv* env = delivery.env();
   if (env == nullptr) return;
-  jmethodID onException = CallbackMethod(env, context.callbackRef, "OnExceptionCallBack", "(I)I");
+  jmethodID onException = CallbackMethod(env, context.callbackRef.get(), jmap::kOnException);
   if (onException == nullptr) return;
-  env->CallIntMethod(context.callbackRef, onException, static_cast<jint>(msgType));
-  env->ExceptionCheck();  // whatever Java threw is reported when the thread detaches
+  env->CallIntMethod(context.callbackRef.get(), onException, static_cast<jint>(msgType));
 }
 
 extern "C" JNIEXPORT void AllEventCallBack(QUORIN_EVENT_OUT_INFO* event, void* user) {
   if (event == nullptr) return;
-  DeliverRecord(user, "OnAllEventCallBack", kOnEvent, [event](JNIEnv* env, jobject record) { FillEvent(env, record, *event); });
+  DeliverRecord(user, jmap::kOnEvent, ClassId::EventOutInfo,
+                [event](JNIEnv* env, const jmap::JavaObject& record) { FillEvent(env, record, *event); });
 }
 
 extern "C" JNIEXPORT void TriggerCallBack(QUORIN_TRIGGER_INFO_DATA* trigger, void* user) {
   if (trigger == nullptr) return;
-  DeliverRecord(user, "OnTriggerCallBack", kOnTrigger,
-                [trigger](JNIEnv* env, jobject record) { FillTrigger(env, record, *trigger); });
+  DeliverRecord(user, jmap::kOnTrigger, ClassId::TriggerInfo,
+                [trigger](JNIEnv*, const jmap::JavaObject& record) { jmap::WriteMembers(record, trigger, jmap::kTrigger); });
 }
 
 JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1RegisterExceptionCallBack(JNIEnv* env, jclass,
                                                                                           jobject handle,
                                                                                           jobject callback) {
   return RegisterCallback<CallbackContext>(
-      env, handle, callback, handlefield::kExceptionContext,
+      env, handle, callback, F::Handle_lExceptionCallParam,
       [](void* h, CallbackContext* context) {
         return QUORIN_RegisterExceptionCallBack(h, context ? ExceptionCallBack : nullptr, context);
       },
@@ -118,20 +96,20 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1RegisterAllEven
                                                                                          jobject handle,
                                                                                          jobject callback) {
   return RegisterCallback<RecordCallbackContext>(
-      env, handle, callback, handlefield::kAllEventContext,
+      env, handle, callback, F::Handle_lAllEventCallParam,
       [](void* h, RecordCallbackContext* context) {
         return QUORIN_RegisterAllEventCallBack(h, context ? AllEventCallBack : nullptr, context);
       },
-      RecordClass(env, jclassname::kEventOutInfo));
+      RecordClass(env, ClassId::EventOutInfo));
 }
 
 JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1RegisterTriggerCallBack(JNIEnv* env, jclass,
                                                                                         jobject handle,
                                                                                         jobject callback) {
   return RegisterCallback<RecordCallbackContext>(
-      env, handle, callback, handlefield::kTriggerContext,
+      env, handle, callback, F::Handle_lTriggerCallParam,
       [](void* h, RecordCallbackContext* context) {
         return QUORIN_RegisterTriggerCallBack(h, context ? TriggerCallBack : nullptr, context);
       },
-      RecordClass(env, jclassname::kTriggerInfo));
+      RecordClass(env, ClassId::TriggerInfo));
 }

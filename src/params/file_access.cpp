@@ -1,10 +1,7 @@
 // Copying files between the host and the reader, and the progress of a transfer.
 #include "QuorinCtrlWrapper_QuorinCtrl.h"
 #include "bridge.h"
-
-namespace jclassname {
-constexpr const char* kFileAccess = "QuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_FILE_ACCESS";
-}
+#include "jmap/records.h"
 
 namespace {
 
@@ -32,12 +29,14 @@ class FileNames {
 template <typename Transfer>
 jint TransferFile(JNIEnv* env, jobject handle, jobject request, jclass declaringClass, Transfer transfer) {
   void* sdkHandle = SdkHandleOf(env, handle);
-  auto name = [&](const char* field) {
-    const auto word = declaringClass ? GetFieldValue(env, request, declaringClass, field, jsig::kString)
-                                     : GetFieldValue(env, request, field, jsig::kString);
+  auto name = [&](jmap::FieldId field) {
+    const jmap::FieldInfo& info = jmap::Info(field);
+    // A write reads through the named class's own field identifiers; a read finds them on the object.
+    const auto word = declaringClass ? GetFieldValue(env, request, declaringClass, info.name, info.sig)
+                                     : jmap::Get(env, request, field);
     return static_cast<jstring>(ObjectFromWord(word));
   };
-  const FileNames names(env, name("pUserFileName"), name("pDevFileName"));
+  const FileNames names(env, name(F::FileAccess_pUserFileName), name(F::FileAccess_pDevFileName));
   RETURN_IF_PENDING(env, kStatusBadArgument);
   if (!names.complete()) return kStatusBadArgument;
   QUORIN_FILE_ACCESS record = names.Record();
@@ -60,7 +59,7 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1FileAccessWrite
   RETURN_IF_NULL(request, kStatusBadArgument);
   // A write takes its fields from the named class, so the request must be one; any other
   // object is refused rather than read through another class's field identifiers.
-  ScopedLocalRef<jclass> fileAccess(env, env->FindClass(jclassname::kFileAccess));
+  ScopedLocalRef<jclass> fileAccess(env, jmap::FindClass(env, jmap::ClassId::FileAccess));
   RETURN_IF_NULL(fileAccess.get(), kStatusBadArgument);
   if (!env->IsInstanceOf(request, fileAccess.get())) return kStatusBadArgument;
   return TransferFile(env, handle, request, fileAccess.get(), QUORIN_FileAccessWrite);
@@ -74,7 +73,6 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1GetFileAccessPr
   QUORIN_FILE_ACCESS_PROGRESS record{};
   const int status = QUORIN_GetFileAccessProgress(SdkHandleOf(env, handle), &record);
   if (status != 0) return status;  // the caller's counts stay as they were
-  SetFieldValue(env, progress, "nCompleted", jsig::kLong, static_cast<unsigned long long>(record.nCompleted));
-  SetFieldValue(env, progress, "nTotal", jsig::kLong, static_cast<unsigned long long>(record.nTotal));
+  jmap::WriteMembers(jmap::JavaObject(env, progress), &record, jmap::kFileAccessProgress);
   return kStatusOk;
 }

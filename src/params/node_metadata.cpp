@@ -2,11 +2,8 @@
 // access mode.
 #include "QuorinCtrlWrapper_QuorinCtrl.h"
 #include "bridge.h"
+#include "jmap/java_map.h"
 #include "params/keyed_call.h"
-
-namespace {
-constexpr const char* kAccessModeSig = "LQuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_XML_AccessMode;";
-}
 
 JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1Algorithm_1SetIntValue(JNIEnv* env, jclass,
                                                                                        jobject handle, jstring key,
@@ -21,7 +18,7 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1Algorithm_1GetI
   return WithKey(env, handle, key, target, [&](void* h, ScopedUtfChars& k) {
     int value = 0;  // what a failing SDK leaves behind, rather than whatever the stack held
     const int status = QUORIN_Algorithm_GetIntValue(h, k.c_str(), &value);
-    SetFieldValue(env, target, "lOutValue", jsig::kLong, static_cast<unsigned long long>(static_cast<long long>(value)));
+    jmap::Set(env, target, F::AlgorithmIntValue_lOutValue, static_cast<unsigned long long>(static_cast<long long>(value)));
     return status;
   });
 }
@@ -54,7 +51,7 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1XML_1GetNodeAcc
       return status;
     }
     ScopedLocalRef<jobject> constant(env, getType(env, static_cast<int>(accessMode)));
-    SetFieldValue(env, target, "accessMode", kAccessModeSig, PointerWord(constant.get()));
+    jmap::Set(env, target, F::NodeAccessMode_accessMode, PointerWord(constant.get()));
     return kStatusOk;
   });
 }

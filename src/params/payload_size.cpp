@@ -12,8 +12,8 @@ bool QueryInt(void* sdkHandle, const char* key, QUORIN_INT_VALUE* value) {
 long long FallbackPayloadSize(void* sdkHandle) {
   QUORIN_INT_VALUE width;
   QUORIN_INT_VALUE height;
-  const bool haveWidth = QueryInt(sdkHandle, "Width", &width);
-  const bool haveHeight = QueryInt(sdkHandle, "Height", &height);  // asked even when Width failed
+  const bool haveWidth = QueryInt(sdkHandle, kWidthNode, &width);
+  const bool haveHeight = QueryInt(sdkHandle, kHeightNode, &height);  // asked even when Width failed
   if (!haveWidth || !haveHeight) return kFallbackPayloadSize;
   // The maxima, so that a buffer of this size holds the largest frame. The product is taken in
   // 32 bits and wraps, exactly as the readers' firmware computes it.
@@ -23,6 +23,6 @@ long long FallbackPayloadSize(void* sdkHandle) {
 
 long long PayloadSizeOf(void* sdkHandle) {
   QUORIN_INT_VALUE payload;
-  if (QueryInt(sdkHandle, "PayloadSize", &payload)) return payload.nCurValue;
+  if (QueryInt(sdkHandle, kPayloadSizeNode, &payload)) return payload.nCurValue;
   return FallbackPayloadSize(sdkHandle);
 }

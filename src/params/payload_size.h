@@ -4,6 +4,11 @@
 
 #include "bridge.h"
 
+// The reader's feature nodes the rule asks.
+constexpr const char* kPayloadSizeNode = "PayloadSize";
+constexpr const char* kWidthNode = "Width";
+constexpr const char* kHeightNode = "Height";
+
 // Used when the SDK can tell nothing at all: room for any frame these readers make.
 constexpr long long kFallbackPayloadSize = 0x3C00000;  // 60 MiB
 

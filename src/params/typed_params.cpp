@@ -4,6 +4,7 @@
 
 #include "QuorinCtrlWrapper_QuorinCtrl.h"
 #include "bridge.h"
+#include "jmap/records.h"
 #include "params/keyed_call.h"
 #include "params/payload_size.h"
 
@@ -12,10 +13,7 @@ namespace {
 constexpr unsigned int kInvalidateNodeCount = 3;
 
 void WriteIntValue(JNIEnv* env, jobject target, const QUORIN_INT_VALUE& value) {
-  SetFieldValue(env, target, "nCurValue", jsig::kLong, static_cast<unsigned long long>(value.nCurValue));
-  SetFieldValue(env, target, "nMax", jsig::kLong, static_cast<unsigned long long>(value.nMax));
-  SetFieldValue(env, target, "nMin", jsig::kLong, static_cast<unsigned long long>(value.nMin));
-  SetFieldValue(env, target, "nInc", jsig::kLong, static_cast<unsigned long long>(value.nInc));
+  jmap::WriteMembers(jmap::JavaObject(env, target), &value, jmap::kIntValue);
 }
 
 // "PayloadSize" also caches the size in the Handle and always answers 0: a caller sizing its
@@ -23,8 +21,8 @@ void WriteIntValue(JNIEnv* env, jobject target, const QUORIN_INT_VALUE& value) {
 jint GetPayloadSizeNode(JNIEnv* env, jobject handle, void* sdkHandle, jobject target, ScopedUtfChars& key) {
   key.leak();  // this branch has always kept the key's characters pinned; kept as it is
   QUORIN_INT_VALUE value{};
-  if (QUORIN_GetIntValue(sdkHandle, "PayloadSize", &value) == 0) {
-    SetFieldValue(env, handle, handlefield::kPayloadSize, jsig::kInt, static_cast<unsigned long long>(value.nCurValue));
+  if (QUORIN_GetIntValue(sdkHandle, kPayloadSizeNode, &value) == 0) {
+    jmap::Set(env, handle, F::Handle_PayloadSize, static_cast<unsigned long long>(value.nCurValue));
   } else {
     value = QUORIN_INT_VALUE{};
     value.nCurValue = FallbackPayloadSize(sdkHandle);
@@ -35,19 +33,19 @@ jint GetPayloadSizeNode(JNIEnv* env, jobject handle, void* sdkHandle, jobject ta
 
 // Clears the caller's list and refills it with one Integer per supported value.
 void FillSupportedValues(JNIEnv* env, jobject target, const QUORIN_ENUM_VALUE& value) {
-  ScopedLocalRef<jobject> list(env, GetObjectFieldValue(env, target, "lsSupportValue", jsig::kArrayList));
+  ScopedLocalRef<jobject> list(env, jmap::JavaObject(env, target).GetObject(F::EnumValue_lsSupportValue));
   if (!list || env->ExceptionCheck()) return;
-  ScopedLocalRef<jclass> listClass(env, env->FindClass(jclassname::kArrayList));
-  jmethodID add = env->GetMethodID(listClass.get(), "add", "(Ljava/lang/Object;)Z");
-  jmethodID clear = GetMethodID(env, list.get(), "clear", "()V");
+  ScopedLocalRef<jclass> listClass(env, jmap::FindClass(env, jmap::ClassId::ArrayList));
+  jmethodID add = jmap::MethodOf(env, listClass.get(), jmap::ClassId::ArrayList, jmap::kListAdd);
+  jmethodID clear = jmap::ListMethod(env, list.get(), jmap::kListClear);
   if (add == nullptr || clear == nullptr) return;
   env->CallVoidMethod(list.get(), clear);
   if (env->ExceptionCheck()) return;
   // A count beyond the record's capacity is never read past its end.
   const unsigned int count = std::min<unsigned int>(value.nSupportedNum, QUORIN_MAX_ENUM_VALUE_NUM);
   for (unsigned int i = 0; i < count; ++i) {
-    ScopedLocalRef<jclass> integerClass(env, env->FindClass(jclassname::kInteger));
-    jmethodID constructor = env->GetMethodID(integerClass.get(), "<init>", "(I)V");
+    ScopedLocalRef<jclass> integerClass(env, jmap::FindClass(env, jmap::ClassId::Integer));
+    jmethodID constructor = jmap::MethodOf(env, integerClass.get(), jmap::ClassId::Integer, jmap::kIntegerConstructor);
     ScopedLocalRef<jobject> number(env, env->NewObject(integerClass.get(), constructor,
                                                        static_cast<jint>(value.nSupportValue[i])));
     if (!number) return;
@@ -119,7 +117,7 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1SetCommandValue
 JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1GetIntValue(JNIEnv* env, jclass, jobject handle,
                                                                             jstring key, jobject target) {
   return WithKey(env, handle, key, target, [&](void* h, ScopedUtfChars& k) {
-    if (std::strcmp(k.c_str(), "PayloadSize") == 0) return GetPayloadSizeNode(env, handle, h, target, k);
+    if (std::strcmp(k.c_str(), kPayloadSizeNode) == 0) return GetPayloadSizeNode(env, handle, h, target, k);
     QUORIN_INT_VALUE value{};
     const int status = QUORIN_GetIntValue(h, k.c_str(), &value);
     WriteIntValue(env, target, value);
@@ -132,7 +130,7 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1GetEnumValue(JN
   return WithKey(env, handle, key, target, [&](void* h, ScopedUtfChars& k) {
     QUORIN_ENUM_VALUE value{};
     const int status = QUORIN_GetEnumValue(h, k.c_str(), &value);
-    SetFieldValue(env, target, "nCurValue", jsig::kInt, value.nCurValue);
+    jmap::Set(env, target, F::EnumValue_nCurValue, value.nCurValue);
     FillSupportedValues(env, target, value);
     return status;
   });
@@ -143,9 +141,7 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1GetFloatValue(J
   return WithKey(env, handle, key, target, [&](void* h, ScopedUtfChars& k) {
     QUORIN_FLOAT_VALUE value{};
     const int status = QUORIN_GetFloatValue(h, k.c_str(), &value);
-    SetFieldValue(env, target, "fCurValue", jsig::kFloat, FloatBits(value.fCurValue));
-    SetFieldValue(env, target, "fMax", jsig::kFloat, FloatBits(value.fMax));
-    SetFieldValue(env, target, "fMin", jsig::kFloat, FloatBits(value.fMin));
+    jmap::WriteMembers(jmap::JavaObject(env, target), &value, jmap::kFloatValue);
     return status;
   });
 }
@@ -155,7 +151,7 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1GetBoolValue(JN
   return WithKey(env, handle, key, target, [&](void* h, ScopedUtfChars& k) {
     bool value = false;
     const int status = QUORIN_GetBoolValue(h, k.c_str(), &value);
-    SetFieldValue(env, target, "bCurValue", jsig::kBoolean, value ? 1 : 0);
+    jmap::Set(env, target, F::BoolValue_bCurValue, value ? 1 : 0);
     return status;
   });
 }
@@ -166,8 +162,9 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1GetStringValue(
     QUORIN_STRING_VALUE value{};
     const int status = QUORIN_GetStringValue(h, k.c_str(), &value);
     ScopedLocalRef<jstring> text(env, StringValueToJava(env, value));
-    SetFieldValue(env, target, "chCurValue", jsig::kString, PointerWord(text.get()));
-    SetFieldValue(env, target, "nMaxLength", jsig::kInt, static_cast<unsigned long long>(value.nMaxLength));
+    const jmap::JavaObject result(env, target);
+    result.SetObject(F::StringValue_chCurValue, text.get());
+    result.Set(F::StringValue_nMaxLength, static_cast<unsigned long long>(value.nMaxLength));
     return status;
   });
 }

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "bridge.h"
+#include "jmap/java_map.h"
 
 namespace {
 
@@ -55,7 +56,33 @@ unsigned long long ReadField(JNIEnv* env, jobject obj, jfieldID field, FieldKind
   return 0;
 }
 
+void WriteField(JNIEnv* env, jobject obj, jfieldID field, FieldKind kind, unsigned long long value) {
+  switch (kind) {
+    case FieldKind::kInt: env->SetIntField(obj, field, static_cast<jint>(value)); break;
+    case FieldKind::kObject: env->SetObjectField(obj, field, ObjectFromWord(value)); break;
+    case FieldKind::kChar: env->SetCharField(obj, field, static_cast<jchar>(value)); break;
+    case FieldKind::kLong: env->SetLongField(obj, field, static_cast<jlong>(value)); break;
+    case FieldKind::kShort: env->SetShortField(obj, field, static_cast<jshort>(value)); break;
+    // Only the lowest byte decides.
+    case FieldKind::kBoolean: env->SetBooleanField(obj, field, (value & 0xFF) != 0 ? JNI_TRUE : JNI_FALSE); break;
+    case FieldKind::kByte: env->SetByteField(obj, field, static_cast<jbyte>(value)); break;
+    case FieldKind::kFloat: env->SetFloatField(obj, field, BitCast<float>(static_cast<uint32_t>(value))); break;
+    case FieldKind::kDouble: env->SetDoubleField(obj, field, BitCast<double>(static_cast<uint64_t>(value))); break;
+    case FieldKind::kUnknown: break;
+  }
+}
+
 }  // namespace
+
+unsigned long long ReadFieldById(JNIEnv* env, jobject obj, jfieldID field, const char* sig) {
+  return ReadField(env, obj, field, KindOf(sig));
+}
+
+void WriteFieldById(JNIEnv* env, jobject obj, jfieldID field, const char* sig, unsigned long long value) {
+  WriteField(env, obj, field, KindOf(sig), value);
+}
+
+void SetIntegerValue(JNIEnv* env, jobject integer, unsigned int value) { jmap::Set(env, integer, F::Integer_value, value); }
 
 unsigned long long GetFieldValue(JNIEnv* env, jobject obj, const char* name, const char* sig) {
   const FieldKind kind = KindOf(sig);
@@ -75,20 +102,7 @@ void SetFieldValue(JNIEnv* env, jobject obj, const char* name, const char* sig, 
   const FieldKind kind = KindOf(sig);
   if (kind == FieldKind::kUnknown || obj == nullptr) return;
   jfieldID field = FindField(env, obj, name, sig);
-  if (field == nullptr) return;
-  switch (kind) {
-    case FieldKind::kInt: env->SetIntField(obj, field, static_cast<jint>(value)); break;
-    case FieldKind::kObject: env->SetObjectField(obj, field, ObjectFromWord(value)); break;
-    case FieldKind::kChar: env->SetCharField(obj, field, static_cast<jchar>(value)); break;
-    case FieldKind::kLong: env->SetLongField(obj, field, static_cast<jlong>(value)); break;
-    case FieldKind::kShort: env->SetShortField(obj, field, static_cast<jshort>(value)); break;
-    // Only the lowest byte decides.
-    case FieldKind::kBoolean: env->SetBooleanField(obj, field, (value & 0xFF) != 0 ? JNI_TRUE : JNI_FALSE); break;
-    case FieldKind::kByte: env->SetByteField(obj, field, static_cast<jbyte>(value)); break;
-    case FieldKind::kFloat: env->SetFloatField(obj, field, BitCast<float>(static_cast<uint32_t>(value))); break;
-    case FieldKind::kDouble: env->SetDoubleField(obj, field, BitCast<double>(static_cast<uint64_t>(value))); break;
-    case FieldKind::kUnknown: break;
-  }
+  if (field != nullptr) WriteField(env, obj, field, kind, value);
 }
 
 jobject GetEnumObject(JNIEnv* env, jclass enumClass, const char* className, const char* fieldName,
@@ -96,7 +110,7 @@ jobject GetEnumObject(JNIEnv* env, jclass enumClass, const char* className, cons
   if (enumClass == nullptr || env->ExceptionCheck()) return nullptr;
   char valuesSig[512] = {};
   std::snprintf(valuesSig, sizeof valuesSig, "()[L%s;", className);
-  jmethodID values = env->GetStaticMethodID(enumClass, "values", valuesSig);
+  jmethodID values = env->GetStaticMethodID(enumClass, jmap::kEnumValues, valuesSig);
   if (values == nullptr) return nullptr;
   auto constants = static_cast<jobjectArray>(env->CallStaticObjectMethod(enumClass, values));
   if (env->ExceptionCheck() || constants == nullptr) return nullptr;
@@ -115,16 +129,12 @@ jobject GetEnumObject(JNIEnv* env, jclass enumClass, const char* className, cons
 }
 
 jobject getType(JNIEnv* env, int accessMode) {
-  // 5 has no constant of its own; it shares QUORIN_AM_Undefined with every unknown number.
-  static const char* const kConstantByMode[] = {"QUORIN_AM_NI", "QUORIN_AM_NA", "QUORIN_AM_WO", "QUORIN_AM_RO",
-                                                "QUORIN_AM_RW", "QUORIN_AM_Undefined", "QUORIN_AM_CycleDetect"};
-  const bool known = accessMode >= 0 && accessMode < static_cast<int>(std::size(kConstantByMode));
-  const char* constantName = known ? kConstantByMode[accessMode] : "QUORIN_AM_Undefined";
+  const bool known = accessMode >= 0 && accessMode < static_cast<int>(std::size(jmap::kAccessModeConstants));
+  const char* constantName = known ? jmap::kAccessModeConstants[accessMode] : jmap::kAccessModeUndefined;
   RETURN_IF_PENDING(env, nullptr);
-  ScopedLocalRef<jclass> cls(env, env->FindClass(jclassname::kAccessMode));
+  ScopedLocalRef<jclass> cls(env, jmap::FindClass(env, jmap::ClassId::AccessMode));
   RETURN_IF_NULL(cls.get(), nullptr);
-  jfieldID field = env->GetStaticFieldID(cls.get(), constantName,
-                                         "LQuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_XML_AccessMode;");
+  jfieldID field = env->GetStaticFieldID(cls.get(), constantName, jmap::Info(jmap::ClassId::AccessMode).sig);
   RETURN_IF_NULL(field, nullptr);
   return env->GetStaticObjectField(cls.get(), field);
 }

@@ -4,6 +4,7 @@
 
 #include "QuorinCtrlWrapper_QuorinCtrl.h"
 #include "bridge.h"
+#include "jmap/java_map.h"
 
 namespace {
 
@@ -20,12 +21,8 @@ constexpr jint kJniVersion = 0x10004;
 std::atomic<jobject> g_frameInfoEx2{nullptr};
 
 jobject NewFrameInfoEx2Global(JNIEnv* env) {
-  ScopedLocalRef<jclass> cls(env, env->FindClass(jclassname::kFrameInfoEx2));
   // A missing class leaves its NoClassDefFoundError pending: the API jar does not match the library.
-  RETURN_IF_NULL(cls.get(), nullptr);
-  jmethodID constructor = env->GetMethodID(cls.get(), "<init>", jsig::kNoArgConstructor);
-  RETURN_IF_NULL(constructor, nullptr);
-  ScopedLocalRef<jobject> frame(env, env->NewObject(cls.get(), constructor));
+  ScopedLocalRef<jobject> frame(env, jmap::NewObject(env, jmap::ClassId::FrameEx2));
   RETURN_IF_NULL(frame.get(), nullptr);
   return env->NewGlobalRef(frame.get());
 }
@@ -34,7 +31,8 @@ JNIEXPORT jint JNICALL JNI_OnLoad(JavaVM* vm, void* /*reserved*/) {
   JNIEnv* env = nullptr;
   if (vm->GetEnv(reinterpret_cast<void**>(&env), kJniVersion) != JNI_OK) return kJniVersion;
   // Looked up only to be released again; kept so loading behaves as it always has.
-  ScopedLocalRef<jclass> classLoader(env, env->FindClass(jclassname::kClassLoader));
+  ScopedLocalRef<jclass> classLoader(env, jmap::FindClass(env, jmap::ClassId::ClassLoader));
+  jmap::ResolveAtLoad(env);
   // Made here, on a Java thread, so the image callback finds it ready on the SDK's threads.
   g_frameInfoEx2 = NewFrameInfoEx2Global(env);
   return kJniVersion;

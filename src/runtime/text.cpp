@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "bridge.h"
+#include "jmap/java_map.h"
 
 namespace {
 
@@ -81,16 +82,16 @@ int MultiByteToUTFchar(char* out, const char* in, unsigned int len) {
 
 jstring cToJstringutf(JNIEnv* env, const char* text) {
   RETURN_IF_PENDING(env, nullptr);
-  ScopedLocalRef<jclass> stringClass(env, env->FindClass(jclassname::kString));
+  ScopedLocalRef<jclass> stringClass(env, jmap::FindClass(env, jmap::ClassId::String));
   RETURN_IF_NULL(stringClass.get(), nullptr);
-  jmethodID constructor = env->GetMethodID(stringClass.get(), "<init>", "([BLjava/lang/String;)V");
+  jmethodID constructor = jmap::MethodOf(env, stringClass.get(), jmap::ClassId::String, jmap::kStringFromBytes);
   RETURN_IF_NULL(constructor, nullptr);
   const auto length = static_cast<jsize>(std::strlen(text));
   ScopedLocalRef<jbyteArray> bytes(env, env->NewByteArray(length));
   RETURN_IF_NULL(bytes.get(), nullptr);
   env->SetByteArrayRegion(bytes.get(), 0, length, reinterpret_cast<const jbyte*>(text));
   // The charset name is deliberately left to the end of the native frame.
-  jstring charsetName = env->NewStringUTF("GBK");
+  jstring charsetName = env->NewStringUTF(jmap::kGbkCharset);
   RETURN_IF_NULL(charsetName, nullptr);
   auto result = static_cast<jstring>(env->NewObject(stringClass.get(), constructor, bytes.get(), charsetName));
   return env->ExceptionCheck() ? nullptr : result;

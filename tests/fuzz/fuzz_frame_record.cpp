@@ -12,6 +12,22 @@
 #include "acquire/frame_record.h"
 #include "fuzz_jvm.h"
 
+// The Java side as the checks read it, spelt out here rather than taken from the bridge's map.
+namespace jsig {
+constexpr const char* kString = "Ljava/lang/String;";
+constexpr const char* kByteArray = "[B";
+constexpr const char* kPixelType = "LQuorinCtrlWrapper/QuorinCtrlDefine$QuorinGvspPixelType;";
+constexpr const char* kImageType = "LQuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_IMAGE_TYPE;";
+constexpr const char* kResultBcrEx = "LQuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_RESULT_BCR_EX;";
+constexpr const char* kWaybillList = "LQuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_WAYBILL_LIST;";
+constexpr const char* kPointI = "LQuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_POINT_I;";
+constexpr const char* kCodeInfo = "LQuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_CODE_INFO;";
+}  // namespace jsig
+namespace jclassname {
+constexpr const char* kPixelType = "QuorinCtrlWrapper/QuorinCtrlDefine$QuorinGvspPixelType";
+constexpr const char* kImageType = "QuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_IMAGE_TYPE";
+}  // namespace jclassname
+
 namespace {
 
 using quorin_fuzz::Jvm;
