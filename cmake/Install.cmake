@@ -22,7 +22,7 @@ set(QUORIN_JAVADOC_DIR ${CMAKE_BINARY_DIR}/javadoc)
 add_custom_command(
   OUTPUT ${QUORIN_JAVADOC_DIR}/index.html
   COMMAND ${CMAKE_COMMAND} -E rm -rf ${QUORIN_JAVADOC_DIR}
-  COMMAND ${JAVADOC_EXECUTABLE} -quiet -Xdoclint:all,-missing --release 17
+  COMMAND ${JAVADOC_EXECUTABLE} -quiet -Xdoclint:all -Werror --release 17
           -encoding UTF-8 -docencoding UTF-8 -charset UTF-8
           -windowtitle "QuorinCtrlWrapper ${PROJECT_VERSION}"
           -doctitle "QuorinCtrlWrapper ${PROJECT_VERSION}: Java API of the code-reader bridge"

@@ -16,7 +16,8 @@ set(QUORIN_JNI_HEADER_DIR ${CMAKE_BINARY_DIR}/java/jni)
 add_custom_command(
   OUTPUT ${QUORIN_API_JAR} ${QUORIN_JNI_HEADER_DIR}/QuorinCtrlWrapper_QuorinCtrl.h
   COMMAND ${CMAKE_COMMAND} -E rm -rf ${CMAKE_BINARY_DIR}/java/api
-  COMMAND ${JAVAC_EXECUTABLE} -Xlint:all -Werror --release 17 -encoding UTF-8
+  # -Xdoclint: the javadoc of the API is complete and well-formed, or the build fails.
+  COMMAND ${JAVAC_EXECUTABLE} -Xlint:all -Xdoclint -Werror --release 17 -encoding UTF-8
           -d ${CMAKE_BINARY_DIR}/java/api -h ${QUORIN_JNI_HEADER_DIR} ${QUORIN_API_SOURCES}
   COMMAND ${JAR_EXECUTABLE} cf ${QUORIN_API_JAR} -C ${CMAKE_BINARY_DIR}/java/api .
   DEPENDS ${QUORIN_API_SOURCES}

@@ -6,6 +6,7 @@ package QuorinCtrlWrapper;
  * so both stay public, mutable fields.
  */
 public class ParameterException extends RuntimeException {
+    /** Version of the serialised form. */
     private static final long serialVersionUID = 1L;
 
     /** Status word: 0x80020004 for a null argument, otherwise the SDK's status. */
@@ -13,9 +14,15 @@ public class ParameterException extends RuntimeException {
     /** Text naming the operation and the cause. */
     public String message;
 
+    /** The constructor the native side calls; it then sets both fields. */
     public ParameterException() {
     }
 
+    /**
+     * Creates the exception with its status word and text.
+     * @param errCode the status word
+     * @param message the text naming the operation and the cause
+     */
     public ParameterException(int errCode, String message) {
         this.errCode = errCode;
         this.message = message;
