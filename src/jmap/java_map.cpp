@@ -193,12 +193,14 @@ bool JavaObject::Verified(ClassId owner) const {
 
 unsigned long long JavaObject::Get(FieldId field) const {
   const FieldInfo& info = Info(field);
+  if (obj_ == nullptr || env_->ExceptionCheck()) return 0;  // as the lookup by name would answer
   jfieldID id = Verified(info.owner) ? g_fieldIds[IndexOf(field)].load(std::memory_order_relaxed) : nullptr;
   return id != nullptr ? ReadFieldById(env_, obj_, id, info.sig) : GetFieldValue(env_, obj_, info.name, info.sig);
 }
 
 void JavaObject::Set(FieldId field, unsigned long long value) const {
   const FieldInfo& info = Info(field);
+  if (obj_ == nullptr || env_->ExceptionCheck()) return;  // as the lookup by name would do
   jfieldID id = Verified(info.owner) ? g_fieldIds[IndexOf(field)].load(std::memory_order_relaxed) : nullptr;
   if (id != nullptr) {
     WriteFieldById(env_, obj_, id, info.sig, value);
@@ -257,8 +259,16 @@ bool EnumNumber(JNIEnv* env, jobject constant, ClassId id, int* number) {
 }
 
 void ResolveAtLoad(JNIEnv* env) {
-  // Resolved on the loading thread, which sees the application's classes; SDK threads do not.
-  for (size_t i = 0; i < kClassCount; ++i) GlobalClass(env, static_cast<ClassId>(i));
+  // Looked up by name at every load, on the loading thread, which sees the application's classes
+  // (SDK threads do not). A class the loader no longer finds is forgotten, so that its use raises
+  // the lookup's own error as in the default build.
+  for (size_t i = 0; i < kClassCount; ++i) {
+    ScopedLocalRef<jclass> local(env, env->FindClass(kClasses[i].name));
+    if (!local) env->ExceptionClear();
+    jclass made = local ? static_cast<jclass>(env->NewGlobalRef(local.get())) : nullptr;
+    jclass previous = g_classes[i].exchange(made, std::memory_order_acq_rel);
+    if (previous != nullptr) env->DeleteGlobalRef(previous);
+  }
 }
 
 #endif

@@ -19,7 +19,7 @@ void ReportUncaught(JNIEnv* env) {
   jmethodID dispatch = env->GetMethodID(threadClass.get(), jmap::kDispatchUncaught.name, jmap::kDispatchUncaught.sig);
   if (current == nullptr || dispatch == nullptr) return env->ExceptionClear();
   ScopedLocalRef<jobject> thread(env, env->CallStaticObjectMethod(threadClass.get(), current));
-  if (thread) env->CallVoidMethod(thread.get(), dispatch, thrown.get());
+  if (thread && !env->ExceptionCheck()) env->CallVoidMethod(thread.get(), dispatch, thrown.get());
   env->ExceptionClear();  // a handler that throws in turn has nobody left to tell
 }
 
