@@ -12,8 +12,8 @@ SUDO=""
 
 # libjna-java: the benchmark's JNA peer.
 packages=(cmake make g++ openjdk-17-jdk-headless libgtest-dev libjpeg62-turbo-dev libpng-dev libjna-java)
-# Debian packages of the bridge: CPack's DEB generator, dpkg-shlibdeps and the install test's lintian.
-packages+=(dpkg-dev fakeroot lintian)
+# Debian packages of the bridge: dpkg-shlibdeps and file for CPack's DEB generator, lintian for the install test.
+packages+=(dpkg-dev file lintian)
 [ $want_i386 -eq 1 ] && packages+=(g++-multilib lib32z1)
 
 missing=()
