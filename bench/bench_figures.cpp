@@ -60,19 +60,21 @@ const Figures::Row& Figures::RowOf(const std::string& frame) const {
 }
 
 void PrintComparison(const Figures& byDefault, const Figures& cached) {
-  std::printf("Microseconds per frame, each the median of its rounds. default and cached: the two builds of the\n"
+  std::printf("Microseconds per frame, each the median of its rounds. default, cached: the two builds of the\n"
               "bridge, each run in its own process beside JNA and the floor; JNA: the same frames through JNA's\n"
               "Structure.read(); floor: polled, System.arraycopy of the image bytes; delivered, the stand-in's\n"
-              "delivery to a C++ callback that copies the image. JNA and floor are those of the default build's run;\n"
-              "each build's ratios are to the JNA and floor of its own run.\n\n");
-  const char* const kHeader = "%-30s %9s %9s %9s %9s  %8s %8s %8s  %8s %8s\n";
-  std::printf(kHeader, "", "default", "cached", "JNA", "floor", "default", "cached", "JNA", "default", "cached");
-  std::printf(kHeader, "frame", "us", "us", "us", "us", "/floor", "/floor", "/floor", "/JNA", "/JNA");
+              "delivery to a C++ callback that copies the image. Each build's ratios are to the JNA and floor\n"
+              "of its own run.\n\n");
+  const char* const kHeader = "%-31s | %8s %8s %8s | %8s %8s %8s | %7s %7s %7s %7s\n";
+  std::printf(kHeader, "", "default", "", "", "cached", "", "", "default", "default", "cached", "cached");
+  std::printf(kHeader, "frame", "us", "JNA us", "floor us", "us", "JNA us", "floor us", "/floor", "/JNA", "/floor",
+              "/JNA");
   for (const Figures::Row& d : byDefault.Rows()) {
     const Figures::Row& c = cached.RowOf(d.frame);
-    std::printf("%-30s %9.2f %9.2f %9.2f %9.2f  %8.2f %8.2f %8.2f  %8.2f %8.2f\n", d.frame.c_str(),
-                d.us[Figures::kBridge], c.us[Figures::kBridge], d.us[Figures::kJna], d.us[Figures::kFloor], d.us[Figures::kBridge] / d.us[Figures::kFloor],
-                c.us[Figures::kBridge] / c.us[Figures::kFloor], d.us[Figures::kJna] / d.us[Figures::kFloor], d.us[Figures::kBridge] / d.us[Figures::kJna],
+    std::printf("%-31s | %8.2f %8.2f %8.2f | %8.2f %8.2f %8.2f | %7.2f %7.2f %7.2f %7.2f\n", d.frame.c_str(),
+                d.us[Figures::kBridge], d.us[Figures::kJna], d.us[Figures::kFloor], c.us[Figures::kBridge],
+                c.us[Figures::kJna], c.us[Figures::kFloor], d.us[Figures::kBridge] / d.us[Figures::kFloor],
+                d.us[Figures::kBridge] / d.us[Figures::kJna], c.us[Figures::kBridge] / c.us[Figures::kFloor],
                 c.us[Figures::kBridge] / c.us[Figures::kJna]);
   }
 }
@@ -82,9 +84,9 @@ void PrintCodeCosts(const Figures& byDefault, const Figures& cached, const std::
   auto perCode = [&](const Figures& figures, Figures::Variant variant) {
     return (figures.RowOf(manyCodes).us[variant] - figures.RowOf(fewCodes).us[variant]) / extraCodes;
   };
-  std::printf("\neach further code: default %.2f us, cached %.2f us, JNA %.2f us (%s against %s)\n",
-              perCode(byDefault, Figures::kBridge), perCode(cached, Figures::kBridge),
-              perCode(byDefault, Figures::kJna), manyCodes.c_str(), fewCodes.c_str());
+  std::printf("\neach further code (%s against %s): default %.2f us, cached %.2f us, JNA %.2f and %.2f us\n",
+              manyCodes.c_str(), fewCodes.c_str(), perCode(byDefault, Figures::kBridge),
+              perCode(cached, Figures::kBridge), perCode(byDefault, Figures::kJna), perCode(cached, Figures::kJna));
   std::printf("%s: cached %.2f times as fast as default\n", manyCodes.c_str(),
               byDefault.RowOf(manyCodes).us[Figures::kBridge] / cached.RowOf(manyCodes).us[Figures::kBridge]);
 }

@@ -29,7 +29,7 @@ class Figures {
   std::vector<Row> rows_;
 };
 
-// The table of both builds, with the ratios of each to the floor and to JNA of its own run.
+// The table of both builds, each beside the JNA and floor of its own run and its ratios to them.
 void PrintComparison(const Figures& byDefault, const Figures& cached);
 // What one more code costs each variant, from two frames of the same image, and the speed-up of the
 // cached build on the one with more codes.
