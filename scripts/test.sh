@@ -17,7 +17,19 @@ build_and_test() {
   (cd "build/${name}" && ctest --output-on-failure -j "$jobs")
 }
 
+# The cached build changes only how the bridge reaches Java: the JVM suite, plain and under the
+# JNI checker, runs against it too.
+build_and_test_cached() {
+  local name=$1-cached; shift
+  echo "=== ${name}: configure and build"
+  cmake -S . -B "build/${name}" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQUORIN_CACHED_IDS=ON "$@" >/dev/null
+  cmake --build "build/${name}" -j "$jobs" --target bridge_jvm_tests
+  echo "=== ${name}: test"
+  (cd "build/${name}" && ctest --output-on-failure -j "$jobs" -R '^jvm')
+}
+
 build_and_test x86_64
+build_and_test_cached x86_64
 
 i386_args=(-DCMAKE_TOOLCHAIN_FILE="$root/cmake/i386-toolchain.cmake"
            -DQUORIN_JVM_LIBRARY="$(ls "$root"/build/cache/jre-i386/root/usr/lib/jvm/java-17-openjdk-i386/lib/server/libjvm.so)")
@@ -30,4 +42,5 @@ if ! "$probe/p32" 2>/dev/null; then
 fi
 rm -rf "$probe"
 build_and_test i386 "${i386_args[@]}"
-echo "=== all tests passed on x86_64 and i386"
+build_and_test_cached i386 "${i386_args[@]}"
+echo "=== all tests passed on x86_64 and i386, default and cached builds"

@@ -221,11 +221,19 @@ jobject JvmTest::ListGet(jobject list, int index) {
 
 namespace {
 
-jint JNICALL CountJniRoot(jvmtiHeapReferenceKind kind, const jvmtiHeapReferenceInfo*, jlong, jlong, jlong, jlong*,
-                          jlong*, jint, void* user) {
-  auto* footprint = static_cast<Footprint*>(user);
-  if (kind == JVMTI_HEAP_REFERENCE_JNI_GLOBAL) ++footprint->globalRefs;
-  if (kind == JVMTI_HEAP_REFERENCE_JNI_LOCAL) ++footprint->localRefs;
+struct Counting {
+  Footprint* footprint;
+  jlong threadId;  // whose local references count
+};
+
+jint JNICALL CountJniRoot(jvmtiHeapReferenceKind kind, const jvmtiHeapReferenceInfo* info, jlong, jlong, jlong,
+                          jlong*, jlong*, jint, void* user) {
+  auto* counting = static_cast<Counting*>(user);
+  if (kind == JVMTI_HEAP_REFERENCE_JNI_GLOBAL) ++counting->footprint->globalRefs;
+  // Other threads' references come and go with their own work (the stand-in's deliveries among it).
+  if (kind == JVMTI_HEAP_REFERENCE_JNI_LOCAL && info->jni_local.thread_id == counting->threadId) {
+    ++counting->footprint->localRefs;
+  }
   return 0;  // roots only: nothing below them is followed
 }
 
@@ -258,10 +266,12 @@ Footprint MeasureFootprint(JNIEnv* env, jvmtiEnv* jvmti) {
   footprint.heap = static_cast<long>(
       env->CallStaticLongMethod(probes, env->GetStaticMethodID(probes, "usedHeapAfterCollection", "()J")));
   env->ExceptionCheck();  // a pending error is the caller's to report
+  Counting counting{&footprint, env->CallStaticLongMethod(probes, env->GetStaticMethodID(probes, "currentThreadId", "()J"))};
+  env->ExceptionCheck();
   env->DeleteLocalRef(probes);
   jvmtiHeapCallbacks callbacks{};
   callbacks.heap_reference_callback = CountJniRoot;
-  EXPECT_EQ(jvmti->FollowReferences(0, nullptr, nullptr, &callbacks, &footprint), JVMTI_ERROR_NONE);
+  EXPECT_EQ(jvmti->FollowReferences(0, nullptr, nullptr, &callbacks, &counting), JVMTI_ERROR_NONE);
   footprint.cHeap = CHeapInUse();
   std::ifstream statm("/proc/self/statm");
   long pages = 0;

@@ -96,7 +96,7 @@ inline const std::string kGigESig = "LQuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_
 // What the process holds, for checks that repeated work leaves nothing behind.
 struct Footprint {
   long globalRefs = 0;  // JNI global references, the VM's own included
-  long localRefs = 0;   // JNI local references of every thread, the caller's frame included
+  long localRefs = 0;   // JNI local references of the calling thread, its current frame included
   long heap = 0;        // Java heap in use after full collections
   long cHeap = 0;       // bytes the C heap has handed out and not had back
   long resident = 0;    // resident set of the process

@@ -1,6 +1,9 @@
 // Exception, event and trigger callbacks delivered from the stand-in's own threads, and what
 // destroying a Handle releases and keeps.
+#include <dlfcn.h>
+
 #include <cstring>
+#include <memory>
 
 #include "QuorinSim.h"
 #include "jvm_harness.h"
@@ -217,6 +220,59 @@ TEST_F(NotifyTest, RefusedRegistrationLeavesTheStandingOneInPlace) {
   EXPECT_EQ(Register("QUORIN_RegisterAllEventCallBack", other, refused), static_cast<jint>(qsim::kBusy));
   EXPECT_NE(Long(other, "lAllEventCallParam"), 0);  // the record stays with the Handle
   EXPECT_FALSE(Survives(Weakly(refused)));
+}
+
+// The SDK may call back on a thread the VM already knows. Such a delivery leaves the thread
+// attached, frees every local reference it made, and reports a thrown exception itself instead
+// of leaving it pending for the thread's owner.
+TEST_F(NotifyTest, DeliveriesOnAnAttachedThreadLeaveNothingBehind) {
+  jobject images = Recorder("ImageRecorder");
+  jobject thrower = Recorder("ThrowingCallback");
+  ASSERT_EQ(CallInt("QUORIN_RegisterImageCallBackEx2", ("(" + kHandleSig + "Ljava/lang/Object;)I").c_str(), handle_,
+                    images), 0);
+  ASSERT_EQ(Register("QUORIN_RegisterExceptionCallBack", handle_, thrower), 0);
+  SetInt(handle_, "PayloadSize", 64);
+  void* library = dlopen(QUORIN_BRIDGE_LIBRARY, RTLD_NOW | RTLD_NOLOAD);
+  ASSERT_NE(library, nullptr);
+  using ImageCallBack = void (*)(unsigned char*, QUORIN_IMAGE_OUT_INFO_EX2*, void*);
+  using ExceptionCallBack = void (*)(unsigned int, void*);
+  auto deliverImage = reinterpret_cast<ImageCallBack>(dlsym(library, "ImageCallBack"));
+  auto deliverException = reinterpret_cast<ExceptionCallBack>(dlsym(library, "ExceptionCallBack"));
+  ASSERT_NE(deliverImage, nullptr);
+  ASSERT_NE(deliverException, nullptr);
+  auto* imageContext = reinterpret_cast<void*>(static_cast<uintptr_t>(Long(handle_, "lImageCallParam")));
+  auto* exceptionContext = reinterpret_cast<void*>(static_cast<uintptr_t>(Long(handle_, "lExceptionCallParam")));
+
+  auto codes = std::make_unique<QUORIN_RESULT_BCR_EX>();
+  codes->nCodeNum = 2;
+  std::strcpy(codes->stBcrInfoEx[0].chCode, "ON-THIS-THREAD");
+  QUORIN_IMAGE_OUT_INFO_EX2 frame{};
+  frame.nWidth = 8;
+  frame.nHeight = 8;
+  frame.nFrameLen = 64;
+  frame.pstCodeListEx = codes.get();
+  unsigned char pixels[64] = {9};
+  jvmtiEnv* jvmti = FootprintJvmti(env_);
+  ASSERT_NE(jvmti, nullptr);
+  deliverImage(pixels, &frame, imageContext);  // the image array is made once, before counting
+  const Footprint before = MeasureFootprint(env_, jvmti);
+  for (int i = 0; i < 200; ++i) deliverImage(pixels, &frame, imageContext);
+  for (int i = 0; i < 3; ++i) {  // each prints its stack trace through the default handler
+    deliverException(7, exceptionContext);
+    ASSERT_FALSE(env_->ExceptionCheck()) << "a callback's exception was left pending, delivery " << i;
+  }
+  const Footprint after = MeasureFootprint(env_, jvmti);
+  jvmti->DisposeEnvironment();
+  EXPECT_EQ(after.localRefs, before.localRefs);
+  EXPECT_EQ(after.globalRefs, before.globalRefs);
+  EXPECT_EQ(Int(images, "calls"), 201);
+  EXPECT_EQ(Int(images, "codeCount"), 2);
+  EXPECT_EQ(String(images, "firstCode"), "ON-THIS-THREAD");
+  EXPECT_EQ(Int(thrower, "calls"), 3);
+  JNIEnv* stillAttached = nullptr;
+  JavaVM* vm = nullptr;
+  env_->GetJavaVM(&vm);
+  EXPECT_EQ(vm->GetEnv(reinterpret_cast<void**>(&stillAttached), JNI_VERSION_1_4), JNI_OK);
 }
 
 }  // namespace
