@@ -4,15 +4,15 @@
 
 #include "jmap/java_map.h"
 
-jint CheckFetch(JNIEnv* env, jobject handle, jbyteArray data, jobject info, jint timeout, const FetchRules& rules) {
+jint CheckFetch(JNIEnv* env, jobject handle, jbyteArray data, jobject info, jint timeout, const FetchMessages& messages) {
   if (info == nullptr || timeout <= 0 || data == nullptr) {
-    if (rules.badArgumentText != nullptr) QN_RunInfo("%s", rules.badArgumentText);
+    if (messages.badArgumentText != nullptr) QN_RunInfo("%s", messages.badArgumentText);
     return kStatusBadArgument;
   }
   RETURN_IF_NULL(handle, kStatusNullHandle);
   const auto payloadSize = static_cast<jint>(jmap::Get(env, handle, F::Handle_PayloadSize));
   if (payloadSize == 0) {
-    QN_RunInfo("%s", rules.payloadUnknownText);
+    QN_RunInfo("%s", messages.payloadUnknownText);
     return kStatusPayloadUnknown;
   }
   if (payloadSize > env->GetArrayLength(data)) return kStatusBufferTooSmall;

@@ -3,14 +3,14 @@
 
 #include "bridge.h"
 
-struct FetchRules {
+struct FetchMessages {
   const char* badArgumentText;     // printed when an argument is refused, or null
   const char* payloadUnknownText;  // printed when grabbing was never started through the bridge
 };
 
 // The fetches test their other arguments before the Handle, then the cached PayloadSize
 // against the caller's array; kStatusOk when the SDK may be asked.
-jint CheckFetch(JNIEnv* env, jobject handle, jbyteArray data, jobject info, jint timeout, const FetchRules& rules);
+jint CheckFetch(JNIEnv* env, jobject handle, jbyteArray data, jobject info, jint timeout, const FetchMessages& messages);
 
 // Copies a frame's bytes to the start of a Java array. A frame longer than the array
 // (possible only when the SDK delivers more than PayloadSize) is cut to the array, never

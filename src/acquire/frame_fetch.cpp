@@ -8,9 +8,9 @@
 namespace {
 
 template <typename SdkFetch>
-jint FetchFrame(JNIEnv* env, jobject handle, jbyteArray data, jobject target, jint timeout, const FetchRules& rules,
+jint FetchFrame(JNIEnv* env, jobject handle, jbyteArray data, jobject target, jint timeout, const FetchMessages& messages,
                 OneDQuality oneDQuality, SdkFetch sdkFetch) {
-  const jint check = CheckFetch(env, handle, data, target, timeout, rules);
+  const jint check = CheckFetch(env, handle, data, target, timeout, messages);
   if (check != kStatusOk) return check;
   QUORIN_IMAGE_OUT_INFO_EX2 info{};
   unsigned char* image = nullptr;
@@ -29,8 +29,8 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1GetOneFrameTime
                                                                                       jobject handle, jbyteArray data,
                                                                                       jobject info, jint timeout) {
   // This fetch leaves n1DIsGetQuality as the Java constructor set it.
-  static const FetchRules kRules{nullptr, "JNI GetOneFrameTimeoutEx2 datalegth PayloadSize is 0 \n"};
-  return FetchFrame(env, handle, data, info, timeout, kRules, OneDQuality::kLeftAsConstructed,
+  static const FetchMessages kMessages{nullptr, "JNI GetOneFrameTimeoutEx2 datalegth PayloadSize is 0 \n"};
+  return FetchFrame(env, handle, data, info, timeout, kMessages, OneDQuality::kLeftAsConstructed,
                     [&](void* h, unsigned char** image, QUORIN_IMAGE_OUT_INFO_EX2* record) {
                       return QUORIN_GetOneFrameTimeoutEx2(h, image, record, static_cast<unsigned int>(timeout));
                     });
@@ -41,8 +41,8 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1MSC_1GetOneFram
                                                                                         jbyteArray data, jobject info,
                                                                                         jint channel, jint timeout) {
   if (channel < 0) return kStatusBadArgument;
-  static const FetchRules kRules{nullptr, "JNI test PayloadSize is 0"};
-  return FetchFrame(env, handle, data, info, timeout, kRules, OneDQuality::kWritten,
+  static const FetchMessages kMessages{nullptr, "JNI test PayloadSize is 0"};
+  return FetchFrame(env, handle, data, info, timeout, kMessages, OneDQuality::kWritten,
                     [&](void* h, unsigned char** image, QUORIN_IMAGE_OUT_INFO_EX2* record) {
                       return QUORIN_MSC_GetOneFrameTimeout(h, image, record, static_cast<unsigned int>(channel),
                                                            static_cast<unsigned int>(timeout));

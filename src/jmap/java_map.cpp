@@ -44,7 +44,7 @@ jobject NewObject(JNIEnv* env, ClassId cls) {
 #if !defined(QUORIN_CACHED_IDS)
 
 // ---------------------------------------------------------------------------
-// Default build: every access finds its field, class or method by name, as it always has.
+// Default build: every access finds its field, class or method by name; nothing is kept between accesses.
 
 bool JavaObject::Verified(ClassId) const { return false; }
 

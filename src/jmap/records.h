@@ -1,6 +1,6 @@
 // The SDK records and their Java mirrors as tables: each row names a Java field of the map and the
-// SDK member it mirrors, and one loop writes or reads a whole table. The tables keep the order in
-// which the fields have always been visited.
+// SDK member it mirrors, and one loop writes or reads a whole table. A table's order is the order
+// in which Java sees its fields written or read.
 #pragma once
 
 #include <cstddef>
@@ -13,7 +13,7 @@ namespace jmap {
 
 // How a member's bytes travel: zero-extended into the value word (a float as its bits), or, towards
 // the SDK only, a Java float sent as the number its bit pattern reads as (1.5f arrives as
-// 1069547520.0f): what waybill requests have always been sent.
+// 1069547520.0f), as waybill requests are defined to send them.
 enum class Travel : unsigned char { kBits, kFloatAsNumber };
 
 struct Member {
@@ -199,8 +199,8 @@ inline constexpr Corner kCodeCorners[] = {
     {F::Code_stCornerRightBottom, offsetof(QUORIN_BCR_INFO_EX, stCornerRightBottom)},
     {F::Code_stCornerLeftBottom, offsetof(QUORIN_BCR_INFO_EX, stCornerLeftBottom)},
 };
-// A waybill request sends three corners; the fourth repeats the right-top one, as the SDK has
-// always been sent.
+// A waybill request sends three corners; the fourth repeats the right-top one, as the request is
+// defined to.
 inline constexpr Corner kSentCorners[] = {
     {F::Code_stCornerLeftTop, offsetof(QUORIN_BCR_INFO, pt[0])},
     {F::Code_stCornerRightTop, offsetof(QUORIN_BCR_INFO, pt[1])},

@@ -4,11 +4,9 @@
 
 #include "bridge.h"
 
+// The SDK call with the key pinned, once the Handle and the key are known to be there.
 template <typename SdkCall>
-jint WithKey(JNIEnv* env, jobject handle, jstring key, jobject required, SdkCall sdkCall) {
-  RETURN_IF_NULL(handle, kStatusNullHandle);
-  RETURN_IF_NULL(key, kStatusBadArgument);
-  RETURN_IF_NULL(required, kStatusBadArgument);
+jint CallWithKey(JNIEnv* env, jobject handle, jstring key, SdkCall sdkCall) {
   void* sdkHandle = SdkHandleOf(env, handle);
   ScopedUtfChars keyChars(env, key);
   // Characters the VM could not pin (out of memory) leave its error pending.
@@ -22,5 +20,16 @@ jint WithKey(JNIEnv* env, jobject handle, jstring key, jobject required, SdkCall
 // For entry points whose only required reference beyond the Handle is the key.
 template <typename SdkCall>
 jint WithKey(JNIEnv* env, jobject handle, jstring key, SdkCall sdkCall) {
-  return WithKey(env, handle, key, key, sdkCall);
+  RETURN_IF_NULL(handle, kStatusNullHandle);
+  RETURN_IF_NULL(key, kStatusBadArgument);
+  return CallWithKey(env, handle, key, sdkCall);
+}
+
+// For entry points that also need a value or result object: it is tested after the key.
+template <typename SdkCall>
+jint WithKey(JNIEnv* env, jobject handle, jstring key, jobject required, SdkCall sdkCall) {
+  RETURN_IF_NULL(handle, kStatusNullHandle);
+  RETURN_IF_NULL(key, kStatusBadArgument);
+  RETURN_IF_NULL(required, kStatusBadArgument);
+  return CallWithKey(env, handle, key, sdkCall);
 }

