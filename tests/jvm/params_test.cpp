@@ -39,28 +39,6 @@ class ParamsTest : public JvmTest {
   void* sdk_ = nullptr;
 };
 
-TEST_F(ParamsTest, HandleIsTestedFirstThenKeyThenValue) {
-  const std::string setInt = Sig("J");
-  EXPECT_EQ(CallInt("QUORIN_SetIntValue", setInt.c_str(), nullptr, nullptr, jlong{1}), kNullHandle);
-  EXPECT_EQ(CallInt("QUORIN_SetIntValue", setInt.c_str(), handle_, nullptr, jlong{1}), kBadArgument);
-  EXPECT_EQ(CallInt("QUORIN_SetStringValue", Sig(kString).c_str(), handle_, Str("DeviceUserID"), nullptr), kBadArgument);
-  EXPECT_EQ(CallInt("QUORIN_SetEnumValueByString", Sig(kString).c_str(), handle_, Str("PixelFormat"), nullptr),
-            kBadArgument);
-  EXPECT_EQ(CallInt("QUORIN_SetCommandValue", Sig("").c_str(), nullptr, Str("TriggerSoftware")), kNullHandle);
-  const std::pair<const char*, const char*> getters[] = {
-      {"QUORIN_GetIntValue", "QUORIN_INT_VALUE"},     {"QUORIN_GetEnumValue", "QUORIN_ENUM_VALUE"},
-      {"QUORIN_GetFloatValue", "QUORIN_FLOAT_VALUE"}, {"QUORIN_GetBoolValue", "QUORIN_BOOL_VALUE"},
-      {"QUORIN_GetStringValue", "QUORIN_STRING_VALUE"}};
-  for (const auto& [getter, valueClass] : getters) {
-    const std::string sig = Sig("L" + Define(valueClass) + ";");
-    EXPECT_EQ(CallInt(getter, sig.c_str(), nullptr, nullptr, nullptr), kNullHandle) << getter;
-    EXPECT_EQ(CallInt(getter, sig.c_str(), handle_, Str("Width"), nullptr), kBadArgument) << getter;
-  }
-  EXPECT_EQ(CallInt("QUORIN_SetFrameNodeNum", ("(" + kHandleSig + "I)I").c_str(), handle_, -1), kBadArgument);
-  EXPECT_EQ(CallInt("QUORIN_InvalidateNodes", ("(" + kHandleSig + ")I").c_str(), nullptr), kNullHandle);
-  EXPECT_TRUE(qsim::Calls().empty());
-}
-
 TEST_F(ParamsTest, IntegerNodesRoundTripAndFailuresPassThrough) {
   EXPECT_EQ(CallInt("QUORIN_SetIntValue", Sig("J").c_str(), handle_, Str("Width"), jlong{640}), 0);
   const auto set = qsim::CallsTo("QUORIN_SetIntValue").at(0);
