@@ -1,37 +1,74 @@
-// The control interface of the reader's slower jobs.
-#include <chrono>
-#include <stdexcept>
+// Controls of one reader behind a device handle: its feature nodes, the frames it produces, and
+// its slower jobs (waybill extraction, algorithm parameters, device files).
+#include <memory>
+#include <mutex>
 #include <string>
+#include <utility>
+#include <vector>
 
+#include "QuorinSim.h"
 #include "QuorinSimJobs.h"
+#include "control/live_handle.h"
+#include "model/feature_nodes.h"
 #include "model/handle_state.h"
-#include "model/pace.h"
-#include "model/reader_registry.h"
 
 namespace qsim {
 namespace {
 
-// A test that names no live device handle has a mistake in it, and hears so at once.
-[[noreturn]] void NotLive(const char* control) {
-  throw std::invalid_argument(std::string("qsim::") + control + ": not a live device handle");
-}
-
-template <typename Work>
-void OnReader(void* handle, const char* control, Work work) {
-  if (!ReaderRegistry::Instance().WithReader(handle, work)) {
-    NotLive(control);
-  }
+void DefineNode(void* handle, const char* control, const std::string& name, FeatureNode node) {
+  OnReader(handle, control, [&](VirtualReader& reader) { reader.Nodes().Define(name, std::move(node)); });
 }
 
 }  // namespace
 
+void SetIntNode(void* handle, const std::string& name, long long value, long long min, long long max,
+                long long inc, Access access) {
+  DefineNode(handle, __func__, name, {IntegerNode{value, min, max, inc}, access});
+}
+
+void SetFloatNode(void* handle, const std::string& name, float value, float min, float max, Access access) {
+  DefineNode(handle, __func__, name, {FloatNode{value, min, max}, access});
+}
+
+void SetStringNode(void* handle, const std::string& name, const std::string& bytes, long long maxLength,
+                   Access access) {
+  DefineNode(handle, __func__, name, {StringNode{bytes, maxLength}, access});
+}
+
+void SetEnumNode(void* handle, const std::string& name, unsigned int value,
+                 const std::vector<std::pair<std::string, unsigned int>>& entries, Access access) {
+  DefineNode(handle, __func__, name, {EnumNode{value, entries}, access});
+}
+
+void SetBoolNode(void* handle, const std::string& name, bool value, Access access) {
+  DefineNode(handle, __func__, name, {BoolNode{value}, access});
+}
+
+void RemoveNode(void* handle, const std::string& name) {
+  OnReader(handle, __func__, [&](VirtualReader& reader) { reader.Nodes().Remove(name); });
+}
+
+void PushFrame(void* handle, const Frame& frame, unsigned int channel) {
+  ReaderFor(handle, __func__)->Frames().Push(frame, channel);
+}
+
+void RepeatFrame(void* handle, const Frame& frame, unsigned int channel) {
+  OnReader(handle, __func__, [&](VirtualReader& reader) { reader.Frames().Repeat(frame, channel); });
+}
+
+unsigned long long FramesDropped(void* handle, unsigned int channel) {
+  unsigned long long dropped = 0;
+  OnReader(handle, __func__, [&](VirtualReader& reader) { dropped = reader.Frames().Dropped(channel); });
+  return dropped;
+}
+
 WaybillRequest LastWaybillRequest(void* handle) {
-  const std::shared_ptr<HandleJobs> jobs = JobsOf(handle);
-  if (jobs == nullptr) {
+  const std::shared_ptr<HandleState> state = StateOf(handle);
+  if (state == nullptr) {
     NotLive(__func__);
   }
-  std::lock_guard<std::mutex> lock(jobs->mutex);
-  return jobs->waybills.LastRequest();
+  std::lock_guard<std::mutex> lock(state->mutex);
+  return state->waybills.LastRequest();
 }
 
 bool WaybillEnabled(void* handle) {
@@ -53,11 +90,5 @@ std::vector<unsigned char> DeviceFile(void* handle, const std::string& name) {
 void PutDeviceFile(void* handle, const std::string& name, const std::vector<unsigned char>& bytes) {
   OnReader(handle, __func__, [&](VirtualReader& reader) { reader.Files().Put(name, bytes); });
 }
-
-void SetTransferPace(unsigned int bytesPerChunk, unsigned int millisecondsPerChunk) {
-  SetTransferPace(TransferPace{bytesPerChunk, std::chrono::milliseconds(millisecondsPerChunk)});
-}
-
-void SetUpgradeDuration(unsigned int milliseconds) { SetUpgradeDuration(std::chrono::milliseconds(milliseconds)); }
 
 }  // namespace qsim

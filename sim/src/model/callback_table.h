@@ -16,7 +16,8 @@ namespace qsim {
 
 class CallbackTable {
  public:
-  // A null function with null user data unregisters.
+  // A null function with null user data unregisters; a null function with user data is neither,
+  // and is refused (kBadParameter).
   Status Set(QuorinExceptionCallBack function, void* user);
   Status Set(QuorinEventCallBack function, void* user);
   Status Set(QuorinTriggerCallBack function, void* user);
@@ -63,6 +64,9 @@ class CallbackTable {
 
   template <typename Function>
   Status Store(Entry<Function>& entry, Function function, void* user) {
+    if (function == nullptr && user != nullptr) {
+      return kBadParameter;
+    }
     std::lock_guard<std::mutex> lock(mutex_);
     entry = Entry<Function>{function, user};
     return 0;

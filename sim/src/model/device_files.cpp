@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "QuorinSim.h"
+#include "model/handle_state.h"
 #include "model/pace.h"
 
 namespace qsim {
@@ -37,6 +38,16 @@ DeviceFiles::Bytes BootLog(const QUORIN_DEVICE_INFO& info) {
                  TextOf(gige.chSerialNumber) + "\n[net] " + DottedQuad(gige.nCurrentIp) + "/" +
                  DottedQuad(gige.nCurrentSubNetMask) + " gateway " + DottedQuad(gige.nDefultGateWay) +
                  "\n[boot] ready\n");
+}
+
+template <typename Transfer>
+Status OnFiles(const void* handle, const char* hostPath, const char* deviceName, Transfer transfer) {
+  return WithAdmittedReader(handle, Needs::kOpenReader, [&](VirtualReader& reader) {
+    if (hostPath == nullptr || deviceName == nullptr || *deviceName == '\0') {
+      return kBadParameter;
+    }
+    return transfer(reader.Files());
+  });
 }
 
 }  // namespace
@@ -131,6 +142,15 @@ DeviceFiles::Bytes DeviceFiles::Get(const std::string& name) const {
 void DeviceFiles::Put(const std::string& name, Bytes bytes) {
   std::lock_guard<std::mutex> lock(mutex_);
   files_[name] = std::move(bytes);
+}
+
+Status UploadFile(const void* handle, const char* hostPath, const char* deviceName) {
+  return OnFiles(handle, hostPath, deviceName, [&](DeviceFiles& files) { return files.Upload(hostPath, deviceName); });
+}
+
+Status DownloadFile(const void* handle, const char* deviceName, const char* hostPath) {
+  return OnFiles(handle, hostPath, deviceName,
+                 [&](DeviceFiles& files) { return files.Download(deviceName, hostPath); });
 }
 
 }  // namespace qsim

@@ -41,4 +41,9 @@ class DeviceFiles {
   long long total_ = 0;
 };
 
+// The transfers of a device handle, on the reader it holds open; a device file needs a name
+// (kBadParameter). They run outside the registry's lock, so that their progress can be asked meanwhile.
+Status UploadFile(const void* handle, const char* hostPath, const char* deviceName);
+Status DownloadFile(const void* handle, const char* deviceName, const char* hostPath);
+
 }  // namespace qsim

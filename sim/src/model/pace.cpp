@@ -35,7 +35,7 @@ void SetUpgradeDuration(std::chrono::milliseconds duration) {
   g_upgradeDuration = duration;
 }
 
-void RestoreJobSettings() {
+void RestoreDefaultPace() {
   std::lock_guard<std::mutex> lock(g_mutex);
   g_pace = TransferPace{};
   g_upgradeDuration = kDefaultUpgradeDuration;

@@ -16,6 +16,6 @@ void SetTransferPace(TransferPace pace);
 std::chrono::milliseconds CurrentUpgradeDuration();
 void SetUpgradeDuration(std::chrono::milliseconds duration);
 
-void RestoreJobSettings();
+void RestoreDefaultPace();
 
 }  // namespace qsim

@@ -15,7 +15,7 @@ ReaderRegistry& ReaderRegistry::Instance() {
 ReaderRegistry::ReaderRegistry() { Reset(); }
 
 void ReaderRegistry::Reset() {
-  RestoreJobSettings();
+  RestoreDefaultPace();
   SetReaders(DefaultReaders());
   std::vector<std::shared_ptr<VirtualReader>> released;
   {
@@ -212,9 +212,22 @@ Status ReaderRegistry::DestroyUpgradeHandle(void* handle) {
   return 0;
 }
 
-std::shared_ptr<VirtualReader> ReaderRegistry::ReaderMatching(const QUORIN_DEVICE_INFO& wanted) {
-  std::lock_guard<std::mutex> lock(mutex_);
-  return FindReader([&](const VirtualReader& reader) { return reader.Matches(wanted); });
+Status ReaderRegistry::StartUpgrade(const void* handle, const QUORIN_DEVICE_INFO* target, const char* firmwarePath) {
+  std::shared_ptr<VirtualReader> reader;  // found first: WithUpgrade holds the lock that finding takes
+  if (target != nullptr) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    reader = FindReader([&](const VirtualReader& candidate) { return candidate.Matches(*target); });
+  }
+  return WithUpgrade(handle, [&](FirmwareUpgrade& upgrade) {
+    if (target == nullptr || firmwarePath == nullptr) {
+      return kBadParameter;
+    }
+    if (reader == nullptr) {
+      return kNoSuchDevice;
+    }
+    return upgrade.Start(firmwarePath, reader->DeviceVersion(),
+                         [reader](const std::string& version) { reader->InstallVersion(version); });
+  });
 }
 
 }  // namespace qsim

@@ -49,8 +49,8 @@ class ReaderRegistry {
   Status CreateUpgradeHandle(void** handle);
   Status DestroyUpgradeHandle(void* handle);  // stops its upgrade first
 
-  // The reader `wanted` names, found as CreateHandle finds it; null when none.
-  std::shared_ptr<VirtualReader> ReaderMatching(const QUORIN_DEVICE_INFO& wanted);
+  // Starts the upgrade handle's upgrade of the reader `target` names, found as CreateHandle finds it.
+  Status StartUpgrade(const void* handle, const QUORIN_DEVICE_INFO* target, const char* firmwarePath);
 
   // Runs `work` on the upgrade of a live upgrade handle, or answers kInvalidHandle.
   template <typename Work>

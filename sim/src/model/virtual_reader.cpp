@@ -1,12 +1,30 @@
 #include "model/virtual_reader.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "QuorinSim.h"
 #include "model/frame_synthesis.h"
+#include "model/genicam_xml.h"
 #include "model/reader_nodes.h"
 
 namespace qsim {
+
+namespace {
+
+bool UsableAddress(unsigned int address) { return address != 0 && address != 0xFFFFFFFFu; }
+
+// Ones from the top, then zeros: 255.255.255.0, never 255.0.255.0.
+bool ContiguousMask(unsigned int mask) {
+  const unsigned int host = ~mask;
+  return mask != 0 && (host & (host + 1)) == 0;
+}
+
+bool KnownIpConfig(unsigned int type) {
+  return type == QUORIN_IP_CFG_STATIC || type == QUORIN_IP_CFG_DHCP || type == QUORIN_IP_CFG_LLA;
+}
+
+}  // namespace
 
 std::string SerialOf(const QUORIN_DEVICE_INFO& info) {
   const char* serial = info.stGigEInfo.chSerialNumber;
@@ -30,9 +48,41 @@ QUORIN_DEVICE_INFO VirtualReader::Info() const {
   return info_;
 }
 
-void VirtualReader::ChangeInfo(const std::function<void(QUORIN_DEVICE_INFO&)>& change) {
+std::string VirtualReader::DeviceVersion() const {
   std::lock_guard<std::mutex> lock(infoMutex_);
-  change(info_);
+  const char* version = info_.stGigEInfo.chDeviceVersion;
+  return std::string(version, strnlen(version, sizeof info_.stGigEInfo.chDeviceVersion));
+}
+
+void VirtualReader::InstallVersion(const std::string& version) {
+  std::lock_guard<std::mutex> lock(infoMutex_);
+  char (&field)[sizeof info_.stGigEInfo.chDeviceVersion] = info_.stGigEInfo.chDeviceVersion;
+  std::memset(field, 0, sizeof field);
+  std::memcpy(field, version.data(), std::min(version.size(), sizeof field - 1));
+}
+
+Status VirtualReader::ForceIp(unsigned int ip, unsigned int mask, unsigned int gateway) {
+  if (!UsableAddress(ip) || !ContiguousMask(mask)) {
+    return kBadParameter;
+  }
+  std::lock_guard<std::mutex> lock(infoMutex_);
+  QUORIN_GIGE_DEVICE_INFO& gige = info_.stGigEInfo;
+  gige.nCurrentIp = ip;
+  gige.nCurrentSubNetMask = mask;
+  gige.nDefultGateWay = gateway;
+  return 0;
+}
+
+Status VirtualReader::SetIpConfig(unsigned int type) {
+  if (!KnownIpConfig(type)) {
+    return kBadParameter;
+  }
+  std::lock_guard<std::mutex> lock(infoMutex_);
+  if ((info_.stGigEInfo.nIpCfgOption & type) == 0) {
+    return kNotSupported;
+  }
+  info_.stGigEInfo.nIpCfgCurrent = type;
+  return 0;
 }
 
 std::string VirtualReader::SerialNumber() const { return SerialOf(info_); }
@@ -84,6 +134,26 @@ bool VirtualReader::Disconnect() {
 void VirtualReader::Settle() {
   acquisition_.Settle();
   callbacks_.Drain();
+}
+
+std::string VirtualReader::Description() {
+  const QUORIN_DEVICE_INFO info = Info();
+  return nodes_.Inspect([&](const NodeMap::Table& table) { return GenICamXml(table, info); });
+}
+
+Status VirtualReader::NodeAccessMode(const std::string& name, unsigned int& mode) {
+  return nodes_.Inspect([&](const NodeMap::Table& table) {
+    auto found = table.find(name);
+    if (found == table.end()) {
+      return kUnknownNode;
+    }
+    mode = AccessModeOf(found->second.access);
+    return Status{0};
+  });
+}
+
+Status VirtualReader::SetImageCallback(unsigned int channel, QuorinImageCallBackEx2 function, void* user) {
+  return channel < ChannelCount() ? callbacks_.SetImage(channel, function, user) : kBadParameter;
 }
 
 unsigned int VirtualReader::ChannelCount() const { return nodes_.Inspect(ChannelCountFrom); }

@@ -22,8 +22,12 @@ class VirtualReader {
   explicit VirtualReader(const QUORIN_DEVICE_INFO& info);
 
   QUORIN_DEVICE_INFO Info() const;  // a copy: the network settings and the firmware change it
-  // Changes the record every enumeration reports (address, IP configuration, device version).
-  void ChangeInfo(const std::function<void(QUORIN_DEVICE_INFO&)>& change);
+  std::string DeviceVersion() const;
+  void InstallVersion(const std::string& version);  // cut to the record's array
+  // A usable address (neither 0 nor broadcast) and a contiguous mask, else kBadParameter.
+  Status ForceIp(unsigned int ip, unsigned int mask, unsigned int gateway);
+  // One of the SDK's IP configurations (kBadParameter) that the reader offers (kNotSupported).
+  Status SetIpConfig(unsigned int type);
   std::string SerialNumber() const;
   bool IsCodeReader() const { return info_.bCodeReader != 0; }
   bool IsOnLayer(unsigned int layerMask) const { return (info_.nTLayerType & layerMask) != 0; }
@@ -44,6 +48,8 @@ class VirtualReader {
   void Settle();
 
   NodeMap& Nodes() { return nodes_; }
+  std::string Description();  // the feature description file, written from the nodes as they are now
+  Status NodeAccessMode(const std::string& name, unsigned int& mode);  // kUnknownNode
   // Runs a command node; TriggerSoftware with TriggerMode On asks for one frame per channel.
   Status Execute(const std::string& command);
   void SetFrameNodeCount(unsigned int count) { frameNodeCount_ = count; }
@@ -52,6 +58,7 @@ class VirtualReader {
   Status StopGrabbing(StopCause cause = StopCause::kRequested);
   Acquisition& Frames() { return acquisition_; }
   CallbackTable& Callbacks() { return callbacks_; }
+  Status SetImageCallback(unsigned int channel, QuorinImageCallBackEx2 function, void* user);  // kBadParameter
   unsigned int ChannelCount() const;
 
   // Jobs besides acquisition: the device's files, its decoder's parameters, and the waybill switch

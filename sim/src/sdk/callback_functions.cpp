@@ -9,23 +9,16 @@ using qsim::VirtualReader;
 
 namespace {
 
-// Stores a registration on the reader that `handle` holds open. A null function with null user
-// data unregisters; a null function with user data is neither, and is refused.
-template <typename Function, typename Store>
-int Register(const CallBuilder& call, void* handle, Function function, void* user, Store store) {
-  return Dispatch(call, [&] {
-    return Model().WithOpenReader(handle, [&](VirtualReader& reader) {
-      return function == nullptr && user != nullptr ? qsim::kBadParameter : store(reader);
-    });
-  });
+// Stores a registration on the reader that `handle` holds open.
+template <typename Store>
+int Register(const CallBuilder& call, void* handle, Store store) {
+  return Dispatch(call, [&] { return Model().WithOpenReader(handle, store); });
 }
 
 int RegisterImage(const CallBuilder& call, void* handle, unsigned int channel, QuorinImageCallBackEx2 function,
                   void* user) {
-  return Register(call, handle, function, user, [&](VirtualReader& reader) {
-    return channel < reader.ChannelCount() ? reader.Callbacks().SetImage(channel, function, user)
-                                           : qsim::kBadParameter;
-  });
+  return Register(call, handle,
+                  [&](VirtualReader& reader) { return reader.SetImageCallback(channel, function, user); });
 }
 
 }  // namespace
@@ -33,17 +26,17 @@ int RegisterImage(const CallBuilder& call, void* handle, unsigned int channel, Q
 extern "C" {
 
 QUORIN_API int QUORIN_RegisterExceptionCallBack(void* handle, QuorinExceptionCallBack cbException, void* pUser) {
-  return Register(CallBuilder(__func__).Handle(handle), handle, cbException, pUser,
+  return Register(CallBuilder(__func__).Handle(handle), handle,
                   [&](VirtualReader& reader) { return reader.Callbacks().Set(cbException, pUser); });
 }
 
 QUORIN_API int QUORIN_RegisterAllEventCallBack(void* handle, QuorinEventCallBack cbEvent, void* pUser) {
-  return Register(CallBuilder(__func__).Handle(handle), handle, cbEvent, pUser,
+  return Register(CallBuilder(__func__).Handle(handle), handle,
                   [&](VirtualReader& reader) { return reader.Callbacks().Set(cbEvent, pUser); });
 }
 
 QUORIN_API int QUORIN_RegisterTriggerCallBack(void* handle, QuorinTriggerCallBack cbTrigger, void* pUser) {
-  return Register(CallBuilder(__func__).Handle(handle), handle, cbTrigger, pUser,
+  return Register(CallBuilder(__func__).Handle(handle), handle,
                   [&](VirtualReader& reader) { return reader.Callbacks().Set(cbTrigger, pUser); });
 }
 

@@ -1,21 +1,18 @@
 // SDK functions that work on images a client already holds: waybill extraction and image saving,
 // and the switch of the waybill cutting of produced frames.
-#include <vector>
-
 #include "QuorinCtrl.h"
 #include "model/handle_state.h"
-#include "model/image_encoding.h"
 #include "sdk/dispatch.h"
 
 using qsim::CallBuilder;
 using qsim::Dispatch;
 using qsim::DispatchInto;
-using qsim::HandleJobs;
+using qsim::HandleState;
 using qsim::Model;
 using qsim::Needs;
 using qsim::Status;
 using qsim::VirtualReader;
-using qsim::WithJobs;
+using qsim::WithHandleState;
 
 extern "C" {
 
@@ -24,11 +21,8 @@ QUORIN_API int QUORIN_GetWayBillInfoEx(void* handle, unsigned char* pData, QUORI
   QUORIN_WAYBILL_LIST* answer = pstFrameInfo != nullptr ? pstFrameInfo->pstWaybillList : nullptr;
   const CallBuilder call = CallBuilder(__func__).Handle(handle).Record(pstFrameInfo, sizeof *pstFrameInfo);
   return DispatchInto(call, answer, sizeof *answer, [&] {
-    return WithJobs(handle, Needs::kOpenReader, [&](HandleJobs& jobs) {
-      if (pData == nullptr || pstFrameInfo == nullptr) {
-        return qsim::kBadParameter;
-      }
-      return jobs.waybills.Cut(pData, *pstFrameInfo);
+    return WithHandleState(handle, Needs::kOpenReader, [&](HandleState& state) {
+      return pData == nullptr || pstFrameInfo == nullptr ? qsim::kBadParameter : state.waybills.Cut(pData, *pstFrameInfo);
     });
   });
 }
@@ -36,22 +30,13 @@ QUORIN_API int QUORIN_GetWayBillInfoEx(void* handle, unsigned char* pData, QUORI
 QUORIN_API int QUORIN_SaveImage(void* handle, QUORIN_SAVE_IMAGE_PARAM* pstSaveParam) {
   const CallBuilder call = CallBuilder(__func__).Handle(handle).Record(pstSaveParam, sizeof *pstSaveParam);
   return DispatchInto(call, pstSaveParam, sizeof *pstSaveParam, [&] {
-    return WithJobs(handle, Needs::kOpenReader, [&](HandleJobs& jobs) {
-      if (pstSaveParam == nullptr) {
-        return qsim::kBadParameter;
-      }
-      std::vector<unsigned char> encoded;
-      const Status status = qsim::EncodeSavedImage(*pstSaveParam, encoded);
-      if (status == 0) {
-        jobs.savedImage = std::move(encoded);  // the bytes handed out before stay valid until now
-        pstSaveParam->pImageBuffer = jobs.savedImage.data();
-        pstSaveParam->nImageLen = static_cast<unsigned int>(jobs.savedImage.size());
-      }
-      return status;
+    return WithHandleState(handle, Needs::kOpenReader, [&](HandleState& state) {
+      return pstSaveParam == nullptr ? qsim::kBadParameter : state.SaveImage(*pstSaveParam);
     });
   });
 }
 
+// The switch is an SDK truth word: 0 or 1.
 QUORIN_API int QUORIN_SetWayBillEnable(void* handle, unsigned int bEnable) {
   return Dispatch(CallBuilder(__func__).Handle(handle).Number(bEnable), [&] {
     return Model().WithOpenReader(handle, [&](VirtualReader& reader) {

@@ -1,5 +1,7 @@
-// SDK functions of the feature nodes: typed values by node name.
+// SDK functions of the feature nodes: typed values by node name, access modes, and the feature
+// description file that lists them.
 #include <cstring>
+#include <string>
 
 #include "QuorinCtrl.h"
 #include "sdk/dispatch.h"
@@ -39,6 +41,23 @@ int GetNode(const char* function, void* handle, const char* key, Record* record,
       return record == nullptr ? qsim::kBadParameter : work(reader.Nodes(), *record);
     });
   });
+}
+
+// Copies the document when it fits, then a terminating zero when there is room; *length receives
+// its length, without the zero, either way.
+Status DeliverDocument(const std::string& document, unsigned char* data, unsigned int size, unsigned int* length) {
+  if (length == nullptr || (data == nullptr && size > 0)) {
+    return qsim::kBadParameter;
+  }
+  *length = static_cast<unsigned int>(document.size());
+  if (size < document.size()) {
+    return qsim::kBufferTooSmall;
+  }
+  std::memcpy(data, document.data(), document.size());
+  if (size > document.size()) {
+    data[document.size()] = 0;
+  }
+  return 0;
 }
 
 unsigned int BitsOf(float value) {
@@ -118,6 +137,32 @@ QUORIN_API int QUORIN_SetFrameNodeNum(void* handle, unsigned int nNum) {
     return Model().WithOpenReader(handle, [&](VirtualReader& reader) {
       reader.SetFrameNodeCount(nNum);
       return Status{0};
+    });
+  });
+}
+
+// A scripted output stands for the document, delivered by the same rules.
+QUORIN_API int QUORIN_XML_GetGenICamXML(void* handle, unsigned char* pData, unsigned int nDataSize,
+                                        unsigned int* pnDataLen) {
+  const CallBuilder call = CallBuilder(__func__).Handle(handle).Number(nDataSize);
+  const qsim::Scripted scripted = qsim::CallRecorder::Instance().Record(call.Get());
+  if (scripted.output) {
+    const std::string document(scripted.output->begin(), scripted.output->end());
+    DeliverDocument(document, pData, nDataSize, pnDataLen);
+  }
+  if (scripted.ReplacesWork()) {
+    return static_cast<int>(scripted.status);
+  }
+  return static_cast<int>(Model().WithOpenReader(handle, [&](VirtualReader& reader) {
+    return DeliverDocument(reader.Description(), pData, nDataSize, pnDataLen);
+  }));
+}
+
+QUORIN_API int QUORIN_XML_GetNodeAccessMode(void* handle, const char* strName, unsigned int* penAccessMode) {
+  return DispatchInto(CallBuilder(__func__).Handle(handle).Text(strName), penAccessMode, sizeof *penAccessMode, [&] {
+    return Model().WithOpenReader(handle, [&](VirtualReader& reader) {
+      return strName == nullptr || penAccessMode == nullptr ? qsim::kBadParameter
+                                                            : reader.NodeAccessMode(strName, *penAccessMode);
     });
   });
 }
