@@ -10,10 +10,11 @@ namespace qsim {
 template <typename Object>
 class HandleTable {
  public:
+  // The handle is read back from the table: a fresh object's address is never a live key, but GCC
+  // cannot see that and warns of a use after free on the path where emplace drops the object.
   void* Add(std::unique_ptr<Object> object) {
-    void* handle = object.get();
-    live_.emplace(handle, std::move(object));
-    return handle;
+    const void* key = object.get();
+    return live_.try_emplace(key, std::move(object)).first->second.get();
   }
 
   // Null for a null, unknown or destroyed handle.
