@@ -123,7 +123,7 @@ TEST_F(FrameTest, FrameHeaderAndImageArriveExactly) {
   QUORIN_IMAGE_OUT_INFO_EX2& info = pushed.info;
   info.nWidth = 40000;  // reads back as a negative short
   info.nHeight = 2;
-  info.enPixelType = 0x01080001;
+  info.enPixelType = 0x80180001;  // negative as a Java int: found by its zero-extended word
   info.nTriggerIndex = 9;
   info.nFrameNum = 0xFFFFFFFF;
   info.nFrameLen = 10;
@@ -146,7 +146,7 @@ TEST_F(FrameTest, FrameHeaderAndImageArriveExactly) {
   EXPECT_EQ(Bytes(data), expected);
   EXPECT_EQ(Short(frame, "nWidth"), -25536);
   EXPECT_EQ(Short(frame, "nHeight"), 2);
-  EXPECT_EQ(EnumName(Object(frame, "enPixelType", "L" + Define("QuorinGvspPixelType") + ";")), "PixelType_Gvsp_Mono8");
+  EXPECT_EQ(EnumName(Object(frame, "enPixelType", "L" + Define("QuorinGvspPixelType") + ";")), "PixelType_Gvsp_Jpeg");
   EXPECT_EQ(Int(frame, "nTriggerIndex"), 9);
   EXPECT_EQ(Int(frame, "nFrameNum"), -1);
   EXPECT_EQ(Int(frame, "nFrameLen"), 10);
@@ -168,7 +168,7 @@ TEST_F(FrameTest, FrameHeaderAndImageArriveExactly) {
   jbyteArray untouched = Filled(64, 7);
   ASSERT_EQ(Fetch(handle, untouched, frame), 0);
   EXPECT_EQ(Int(frame, "nFrameNum"), 0);
-  EXPECT_EQ(EnumName(Object(frame, "enPixelType", "L" + Define("QuorinGvspPixelType") + ";")), "PixelType_Gvsp_Mono8");
+  EXPECT_EQ(EnumName(Object(frame, "enPixelType", "L" + Define("QuorinGvspPixelType") + ";")), "PixelType_Gvsp_Jpeg");
   EXPECT_EQ(Bytes(untouched), std::vector<unsigned char>(64, 7));
 }
 

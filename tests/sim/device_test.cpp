@@ -120,6 +120,11 @@ TEST_F(StandInTest, HandlesFollowTheCallOrderOfADevice) {
   EXPECT_EQ(qsim::kWrongCallOrder, AsWord(FetchEx2(second, 0).status));
   EXPECT_EQ(0, QUORIN_DestroyHandle(second));
   EXPECT_EQ(0, QUORIN_OpenDevice(first));
+  // Network settings keep the device's rules: a contiguous mask, a bounded GVCP time-out.
+  EXPECT_EQ(qsim::kBadParameter, AsWord(QUORIN_GIGE_ForceIp(first, 0xC0A8010B, 0xFF00FF00, 0)));
+  EXPECT_EQ(0, QUORIN_GIGE_ForceIp(first, 0xC0A8010B, 0xFFFF0000, 0));
+  EXPECT_EQ(qsim::kOutOfRange, AsWord(QUORIN_GIGE_SetGvcpTimeout(first, qsim::kMaxGvcpTimeoutMs + 1)));
+  EXPECT_EQ(0, QUORIN_GIGE_SetGvcpTimeout(first, qsim::kMaxGvcpTimeoutMs));
   qsim::Reset();
   EXPECT_EQ(qsim::kInvalidHandle, AsWord(QUORIN_OpenDevice(first)));
 }
