@@ -157,12 +157,21 @@ TEST_F(StandInTest, FramesAreNumberedAcrossTheWrapAndAFullQueueLosesTheOldest) {
   qsim::Frame pushed;
   pushed.info.nFrameNum = 7;
   pushed.image = {1, 2, 3};
+  pushed.codes = {CodeWithText(1, "QN-1")};
+  pushed.codes[0].stCornerLeftBottom = {-4, -61};
+  qsim::PushFrame(handle, pushed);
   qsim::PushFrame(handle, pushed);
   ASSERT_EQ(0, QUORIN_SetCommandValue(handle, "TriggerSoftware"));
   ASSERT_EQ(0, QUORIN_SetCommandValue(handle, "TriggerSoftware"));
   const Delivered fromPush = FetchEx2(handle);
   EXPECT_EQ(7u, fromPush.info.nFrameNum);
   EXPECT_EQ((Bytes{1, 2, 3}), Bytes(fromPush.data, fromPush.data + 3));
+  EXPECT_EQ(-61, fromPush.info.pstCodeList->stBcrInfo[0].pt[3].nY);  // the fourth corner is the left-bottom one
+  unsigned char* legacyData = nullptr;
+  QUORIN_FRAME_OUT_INFO legacy{};
+  ASSERT_EQ(0, QUORIN_GetOneFrameTimeout(handle, &legacyData, &legacy, 2000));  // the same frames, legacy record
+  EXPECT_EQ(7u, legacy.nFrameNum);
+  EXPECT_EQ(-61, legacy.stBcrInfo[0].pt[3].nY);
   for (unsigned int trigger = 1; trigger <= 2; ++trigger) {
     const Delivered delivered = FetchEx2(handle);
     ASSERT_EQ(0, delivered.status);
