@@ -2,25 +2,19 @@
 #include "QuorinCtrl.h"
 #include "sdk/dispatch.h"
 
-using qsim::CallBuilder;
-using qsim::Dispatch;
-using qsim::DispatchInto;
-using qsim::Model;
-using qsim::VirtualReader;
-
 extern "C" {
 
 QUORIN_API int QUORIN_Algorithm_SetIntValue(void* handle, const char* strKey, int nValue) {
-  return Dispatch(CallBuilder(__func__).Handle(handle).Text(strKey).Number(nValue), [&] {
-    return Model().WithOpenReader(handle, [&](VirtualReader& reader) {
+  return qsim::Dispatch(qsim::CallBuilder(__func__).Handle(handle).Text(strKey).Number(nValue), [&] {
+    return qsim::Model().WithOpenReader(handle, [&](qsim::VirtualReader& reader) {
       return strKey == nullptr ? qsim::kBadParameter : reader.Algorithm().Set(strKey, nValue);
     });
   });
 }
 
 QUORIN_API int QUORIN_Algorithm_GetIntValue(void* handle, const char* strKey, int* pnValue) {
-  return DispatchInto(CallBuilder(__func__).Handle(handle).Text(strKey), pnValue, sizeof *pnValue, [&] {
-    return Model().WithOpenReader(handle, [&](VirtualReader& reader) {
+  return qsim::DispatchInto(qsim::CallBuilder(__func__).Handle(handle).Text(strKey), pnValue, sizeof *pnValue, [&] {
+    return qsim::Model().WithOpenReader(handle, [&](qsim::VirtualReader& reader) {
       return strKey == nullptr || pnValue == nullptr ? qsim::kBadParameter : reader.Algorithm().Get(strKey, *pnValue);
     });
   });

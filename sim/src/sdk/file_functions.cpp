@@ -18,7 +18,11 @@ const char* HostFile(const QUORIN_FILE_ACCESS* access) { return access != nullpt
 const char* DeviceFile(const QUORIN_FILE_ACCESS* access) { return access != nullptr ? access->pDevFileName : nullptr; }
 
 CallBuilder FileCall(const char* function, void* handle, const QUORIN_FILE_ACCESS* access) {
-  return CallBuilder(function).Handle(handle).Text(HostFile(access)).Text(DeviceFile(access)).Record(access, sizeof *access);
+  return CallBuilder(function)
+      .Handle(handle)
+      .Text(HostFile(access))
+      .Text(DeviceFile(access))
+      .Record(access, sizeof *access);
 }
 
 }  // namespace

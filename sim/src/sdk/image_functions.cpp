@@ -22,7 +22,8 @@ QUORIN_API int QUORIN_GetWayBillInfoEx(void* handle, unsigned char* pData, QUORI
   const CallBuilder call = CallBuilder(__func__).Handle(handle).Record(pstFrameInfo, sizeof *pstFrameInfo);
   return DispatchInto(call, answer, sizeof *answer, [&] {
     return WithHandleState(handle, Needs::kOpenReader, [&](HandleState& state) {
-      return pData == nullptr || pstFrameInfo == nullptr ? qsim::kBadParameter : state.waybills.Cut(pData, *pstFrameInfo);
+      return pData == nullptr || pstFrameInfo == nullptr ? qsim::kBadParameter
+                                                         : state.waybills.Cut(pData, *pstFrameInfo);
     });
   });
 }
