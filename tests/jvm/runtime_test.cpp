@@ -39,7 +39,7 @@ TEST_F(RuntimeTest, GbkTextsBecomeJavaStrings) {
   // Device texts: UTF-8 stays UTF-8, anything else is GBK; a long text is never cut.
   EXPECT_EQ(Utf8(DeviceTextToJava(env_, "\xE4\xB8\xAD\xE6\x96\x87")), "中文");
   EXPECT_EQ(Utf8(DeviceTextToJava(env_, "\xD6\xD0\xCE\xC4")), "中文");
-  EXPECT_EQ(Utf8(DeviceTextToJava(env_, "a\xE4\x41\x42")), "a銩B");  // a three-byte lead without its continuations
+  EXPECT_EQ(Utf8(DeviceTextToJava(env_, "a\xE4\xB8\x42")), "a涓B");  // a three-byte lead short of its last continuation
   const std::string longText(5000, 'q');
   EXPECT_EQ(Utf8(DeviceTextToJava(env_, longText.c_str())), longText);
 }
