@@ -69,45 +69,14 @@ void FillCodeText(FuzzedDataProvider& in, char (&code)[sizeof(QUORIN_BCR_INFO_EX
   }
 }
 
-template <typename T>
-void Take(FuzzedDataProvider& in, T& value) {
-  in.ConsumeData(&value, sizeof value);
-}
-
+// Every number of a code as the input gives it; the text as FillCodeText makes it.
 void FillCode(FuzzedDataProvider& in, QUORIN_BCR_INFO_EX& code) {
+  in.ConsumeData(&code, sizeof code);
   FillCodeText(in, code.chCode);
-  Take(in, code.nID);
-  Take(in, code.nLen);
-  Take(in, code.nBarType);
-  for (QUORIN_POINT_I* corner : {&code.stCornerLeftTop, &code.stCornerRightTop, &code.stCornerRightBottom,
-                                 &code.stCornerLeftBottom}) {
-    Take(in, *corner);
-  }
-  Take(in, code.stCodeQuality);
-  Take(in, code.nAngle);
-  Take(in, code.nMainPackageId);
-  Take(in, code.nSubPackageId);
-  Take(in, code.sAppearCount);
-  Take(in, code.sPPM);
-  Take(in, code.sAlgoCost);
-  Take(in, code.sSharpness);
-  Take(in, code.bIsGetQuality);
-  Take(in, code.nIDRScore);
-  Take(in, code.n1DIsGetQuality);
-  Take(in, code.nTotalProcCost);
-  Take(in, code.nTriggerTimeTvHigh);
-  Take(in, code.nTriggerTimeTvLow);
-  Take(in, code.nTriggerTimeUtvHigh);
-  Take(in, code.nTriggerTimeUtvLow);
 }
 
 void FillWaybill(FuzzedDataProvider& in, QUORIN_WAYBILL_INFO& waybill, NativeFrame& frame) {
-  Take(in, waybill.fCenterX);
-  Take(in, waybill.fCenterY);
-  Take(in, waybill.fWidth);
-  Take(in, waybill.fHeight);
-  Take(in, waybill.fAngle);
-  Take(in, waybill.fConfidence);
+  in.ConsumeData(&waybill, sizeof waybill);
   if (in.ConsumeIntegralInRange(0, 7) == 0) {  // no image: the length alone, whatever it says
     waybill.pImageWaybill = nullptr;
     waybill.nImageLen = in.ConsumeIntegral<unsigned int>();
@@ -123,19 +92,11 @@ void FillWaybill(FuzzedDataProvider& in, QUORIN_WAYBILL_INFO& waybill, NativeFra
 NativeFrame MakeFrame(FuzzedDataProvider& in) {
   NativeFrame frame;
   QUORIN_IMAGE_OUT_INFO_EX2& info = frame.info;
-  Take(in, info.nWidth);
-  Take(in, info.nHeight);
-  // Mostly numbers a constant carries (Mono8, Jpeg, Undefined), else anything.
+  in.ConsumeData(&info, sizeof info);
+  // Mostly numbers a constant carries (Mono8, Jpeg, Undefined), else what the input gave.
   static const unsigned int kPixelTypes[] = {0x01080001u, 0x80180001u, 0xFFFFFFFFu};
   const unsigned int pixelChoice = in.ConsumeIntegralInRange(0u, 3u);
-  info.enPixelType =
-      static_cast<QuorinGvspPixelType>(pixelChoice < 3 ? kPixelTypes[pixelChoice] : in.ConsumeIntegral<unsigned int>());
-  for (unsigned int* word : {&info.nTriggerIndex, &info.nFrameNum, &info.nFrameLen, &info.nTimeStampHigh,
-                             &info.nTimeStampLow, &info.bFlaseTrigger, &info.nFocusScore, &info.nEventID,
-                             &info.nChannelID, &info.nImageCost}) {
-    Take(in, *word);
-  }
-  Take(in, info.bIsGetCode);
+  if (pixelChoice < 3) info.enPixelType = static_cast<QuorinGvspPixelType>(kPixelTypes[pixelChoice]);
   if (in.ConsumeIntegralInRange(0, 7) != 0) {
     frame.codes.reset(new QUORIN_RESULT_BCR_EX{});
     frame.codes->nCodeNum = Count(in, QUORIN_MAX_BCR_EX_NUM);
@@ -149,6 +110,7 @@ NativeFrame MakeFrame(FuzzedDataProvider& in) {
     const unsigned int filled = std::min<unsigned int>(frame.waybills->nWaybillNum, QUORIN_MAX_WAYBILL_NUM);
     for (unsigned int i = 0; i < filled; ++i) FillWaybill(in, frame.waybills->stWaybillInfo[i], frame);
   }
+  info.pstCodeList = nullptr;
   info.pstCodeListEx = frame.codes.get();
   info.pstWaybillList = frame.waybills.get();
   return frame;

@@ -28,18 +28,6 @@ class FrameTest : public JvmTest {
     env_->SetByteArrayRegion(array, 0, length, bytes.data());
     return array;
   }
-  std::vector<unsigned char> Bytes(jbyteArray array) {
-    std::vector<unsigned char> bytes(env_->GetArrayLength(array));
-    env_->GetByteArrayRegion(array, 0, static_cast<jsize>(bytes.size()), reinterpret_cast<jbyte*>(bytes.data()));
-    return bytes;
-  }
-  std::string EnumName(jobject constant) {
-    if (constant == nullptr) return "<null>";
-    jmethodID name = env_->GetMethodID(env_->FindClass("java/lang/Enum"), "name", "()Ljava/lang/String;");
-    jobject text = env_->CallObjectMethod(constant, name);
-    Checked();
-    return Utf8(static_cast<jstring>(text));
-  }
   jobject Codes(jobject frame) {
     jobject owner = Object(frame, "pstCodeListEx", "L" + Define("QUORIN_RESULT_BCR_EX") + ";");
     return Object(owner, "stBcrInfoEx", "Ljava/util/ArrayList;");
@@ -147,16 +135,11 @@ TEST_F(FrameTest, FrameHeaderAndImageArriveExactly) {
   EXPECT_EQ(Short(frame, "nWidth"), -25536);
   EXPECT_EQ(Short(frame, "nHeight"), 2);
   EXPECT_EQ(EnumName(Object(frame, "enPixelType", "L" + Define("QuorinGvspPixelType") + ";")), "PixelType_Gvsp_Jpeg");
-  EXPECT_EQ(Int(frame, "nTriggerIndex"), 9);
-  EXPECT_EQ(Int(frame, "nFrameNum"), -1);
-  EXPECT_EQ(Int(frame, "nFrameLen"), 10);
-  EXPECT_EQ(Int(frame, "nTimeStampHigh"), static_cast<jint>(0x80000001u));
-  EXPECT_EQ(Int(frame, "nTimeStampLow"), 5);
-  EXPECT_EQ(Int(frame, "bFlaseTrigger"), 1);
-  EXPECT_EQ(Int(frame, "nFocusScore"), 812);
+  const std::pair<const char*, jint> words[] = {{"nTriggerIndex", 9}, {"nFrameNum", -1}, {"nFrameLen", 10},
+      {"nTimeStampHigh", static_cast<jint>(0x80000001u)}, {"nTimeStampLow", 5}, {"bFlaseTrigger", 1},
+      {"nFocusScore", 812}, {"nEventID", 3}, {"nImageCost", 17}};
+  for (const auto& [field, value] : words) EXPECT_EQ(Int(frame, field), value) << field;
   EXPECT_TRUE(Bool(frame, "bIsGetCode"));
-  EXPECT_EQ(Int(frame, "nEventID"), 3);
-  EXPECT_EQ(Int(frame, "nImageCost"), 17);
   EXPECT_EQ(ListSize(Codes(frame)), 0);
   EXPECT_EQ(ListSize(Waybills(frame)), 0);
 

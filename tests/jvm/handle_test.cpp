@@ -91,10 +91,6 @@ TEST_F(HandleDeathTest, TextThatDoesNotFitItsArrayEndsTheProcess) {
 }
 
 TEST_F(HandleTest, OpenAndCloseReturnTheSdkStatus) {
-  EXPECT_EQ(Status("QUORIN_OpenDevice", nullptr), kNullHandle);
-  EXPECT_EQ(Status("QUORIN_CloseDevice", nullptr), kNullHandle);
-  EXPECT_TRUE(qsim::Calls().empty());
-
   jobject handle = Create(Device(0));
   EXPECT_EQ(Status("QUORIN_OpenDevice", handle), 0);
   EXPECT_EQ(qsim::CallsTo("QUORIN_OpenDevice").at(0).handle, SdkHandle(handle));
@@ -106,9 +102,6 @@ TEST_F(HandleTest, OpenAndCloseReturnTheSdkStatus) {
 }
 
 TEST_F(HandleTest, DestroyCallsTheSdkEachTimeWithTheOldHandle) {
-  EXPECT_EQ(Status("QUORIN_DestroyHandle", nullptr), kNullHandle);
-  EXPECT_TRUE(qsim::Calls().empty());
-
   jobject handle = Create(Device(0));
   void* sdkHandle = SdkHandle(handle);
   // A trigger context outlives the handle: destroy neither reads nor clears it.
@@ -135,7 +128,6 @@ TEST_F(HandleTest, UpgradeHandleLivesInUpHandleOnly) {
   EXPECT_EQ(Status("QUORIN_OpenDevice", upgrade), static_cast<jint>(qsim::kInvalidHandle));
   EXPECT_EQ(qsim::CallsTo("QUORIN_OpenDevice").at(0).handle, nullptr);
 
-  EXPECT_EQ(Status("QUORIN_DestroyHandleForUpgradeAndEncryption", nullptr), kNullHandle);
   EXPECT_EQ(Status("QUORIN_DestroyHandleForUpgradeAndEncryption", upgrade), 0);
   EXPECT_EQ(qsim::CallsTo("QUORIN_DestroyHandleForUpgradeAndEncryption").at(0).handle, SdkHandle(upgrade, "upHandle"));
 

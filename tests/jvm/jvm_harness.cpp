@@ -150,6 +150,9 @@ void JvmTest::SetString(jobject obj, const char* f, const std::string& utf8) {
   QUORIN_FIELD_WRITE(Object, "Ljava/lang/String;", Str(utf8));
 }
 void JvmTest::SetNull(jobject obj, const char* f, const std::string& sig) { QUORIN_FIELD_WRITE(Object, sig.c_str(), nullptr); }
+void JvmTest::SetObject(jobject obj, const char* f, const std::string& sig, jobject v) {
+  QUORIN_FIELD_WRITE(Object, sig.c_str(), v);
+}
 #undef QUORIN_FIELD_READ
 #undef QUORIN_FIELD_WRITE
 
@@ -159,6 +162,39 @@ std::string JvmTest::Utf8(jstring text) {
   std::string result(chars);
   env_->ReleaseStringUTFChars(text, chars);
   return result;
+}
+
+jobject JvmTest::NewInteger(jint value) {
+  jclass integer = env_->FindClass("java/lang/Integer");
+  return env_->NewObject(integer, env_->GetMethodID(integer, "<init>", "(I)V"), value);
+}
+
+jobject JvmTest::Constant(const char* enumClass, const char* name) {
+  const std::string className = Define(enumClass);
+  jclass cls = env_->FindClass(className.c_str());
+  return env_->GetStaticObjectField(cls, env_->GetStaticFieldID(cls, name, ("L" + className + ";").c_str()));
+}
+
+std::string JvmTest::EnumName(jobject constant) {
+  if (constant == nullptr) return "<null>";
+  jobject name = env_->CallObjectMethod(
+      constant, env_->GetMethodID(env_->FindClass("java/lang/Enum"), "name", "()Ljava/lang/String;"));
+  Checked();
+  return Utf8(static_cast<jstring>(name));
+}
+
+std::vector<unsigned char> JvmTest::Bytes(jobject array) {
+  if (array == nullptr) return {};
+  std::vector<unsigned char> bytes(env_->GetArrayLength(static_cast<jbyteArray>(array)));
+  env_->GetByteArrayRegion(static_cast<jbyteArray>(array), 0, static_cast<jsize>(bytes.size()),
+                           reinterpret_cast<jbyte*>(bytes.data()));
+  return bytes;
+}
+
+jbyteArray JvmTest::ArrayOf(const std::vector<unsigned char>& bytes) {
+  jbyteArray array = env_->NewByteArray(static_cast<jsize>(bytes.size()));
+  env_->SetByteArrayRegion(array, 0, static_cast<jsize>(bytes.size()), reinterpret_cast<const jbyte*>(bytes.data()));
+  return array;
 }
 
 std::string JvmTest::TakeException(std::string* message) {

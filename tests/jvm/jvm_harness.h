@@ -6,7 +6,9 @@
 #include <jni.h>
 #include <jvmti.h>
 
+#include <cstring>
 #include <string>
+#include <vector>
 
 // QUORIN_TEST_ASAN: built with AddressSanitizer, whose quarantine keeps freed memory resident.
 #if defined(__SANITIZE_ADDRESS__)
@@ -58,6 +60,13 @@ class JvmTest : public testing::Test {
   void SetBool(jobject obj, const char* field, bool value);
   void SetString(jobject obj, const char* field, const std::string& utf8);  // "" stays "", use SetNull for null
   void SetNull(jobject obj, const char* field, const std::string& sig);
+  void SetObject(jobject obj, const char* field, const std::string& sig, jobject value);
+
+  jobject NewInteger(jint value);
+  jobject Constant(const char* enumClass, const char* name);  // a QuorinCtrlDefine enum constant
+  std::string EnumName(jobject constant);                     // "<null>" for a null reference
+  std::vector<unsigned char> Bytes(jobject array);            // empty for a null array
+  jbyteArray ArrayOf(const std::vector<unsigned char>& bytes);
 
   std::string Utf8(jstring text);
   // Class name of the pending exception ("" when none); the exception is cleared.
@@ -81,6 +90,14 @@ class JvmTest : public testing::Test {
   jclass Ctrl();
   jfieldID Field(jobject obj, const char* field, const char* sig);
 };
+
+// A native record as the stand-in scripts it.
+template <typename Record>
+std::vector<unsigned char> RecordBytes(const Record& record) {
+  std::vector<unsigned char> bytes(sizeof record);
+  std::memcpy(bytes.data(), &record, sizeof record);
+  return bytes;
+}
 
 // The bridge's own status words, as Java sees them.
 constexpr jint kNullHandle = static_cast<jint>(0x80020000u);

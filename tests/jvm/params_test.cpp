@@ -29,12 +29,6 @@ class ParamsTest : public JvmTest {
     if (status != nullptr) *status = result;
     return target;
   }
-  template <typename Record>
-  static std::vector<unsigned char> Bytes(const Record& record) {
-    std::vector<unsigned char> bytes(sizeof record);
-    std::memcpy(bytes.data(), &record, sizeof record);
-    return bytes;
-  }
   jobject handle_ = nullptr;
   void* sdk_ = nullptr;
 };
@@ -124,12 +118,12 @@ TEST_F(ParamsTest, EnumerationValuesRefillTheCallersList) {
   EXPECT_EQ(qsim::CallsTo("QUORIN_SetEnumValue").at(0).numbers, std::vector<unsigned long long>{1});
 
   QUORIN_ENUM_VALUE record{};
-  qsim::ScriptOutput("QUORIN_GetEnumValue", Bytes(record));
+  qsim::ScriptOutput("QUORIN_GetEnumValue", RecordBytes(record));
   GetInto("QUORIN_GetEnumValue", "PixelFormat", target, "QUORIN_ENUM_VALUE");
   EXPECT_EQ(ListSize(list), 0);  // cleared even when nothing is supported
   record.nSupportedNum = 1000;    // more than the record holds: never read past it
   for (unsigned int i = 0; i < QUORIN_MAX_ENUM_VALUE_NUM; ++i) record.nSupportValue[i] = i + 100;
-  qsim::ScriptOutput("QUORIN_GetEnumValue", Bytes(record));
+  qsim::ScriptOutput("QUORIN_GetEnumValue", RecordBytes(record));
   GetInto("QUORIN_GetEnumValue", "PixelFormat", target, "QUORIN_ENUM_VALUE");
   ASSERT_EQ(ListSize(list), QUORIN_MAX_ENUM_VALUE_NUM);
   EXPECT_EQ(Int(ListGet(list, QUORIN_MAX_ENUM_VALUE_NUM - 1), "value"), QUORIN_MAX_ENUM_VALUE_NUM - 1 + 100);
@@ -149,7 +143,7 @@ TEST_F(ParamsTest, FloatsTravelAsTheirExactBits) {
   std::memcpy(&odd.fCurValue, &bits[0], 4);
   std::memcpy(&odd.fMax, &bits[1], 4);
   std::memcpy(&odd.fMin, &bits[2], 4);
-  qsim::ScriptOutput("QUORIN_GetFloatValue", Bytes(odd));
+  qsim::ScriptOutput("QUORIN_GetFloatValue", RecordBytes(odd));
   GetInto("QUORIN_GetFloatValue", "ExposureTime", target, "QUORIN_FLOAT_VALUE");
   const char* fields[] = {"fCurValue", "fMax", "fMin"};
   for (int i = 0; i < 3; ++i) {
@@ -188,7 +182,7 @@ TEST_F(ParamsTest, StringValuesDecodeGbkAndStayWithinTheirArray) {
   QUORIN_STRING_VALUE full{};
   std::memset(full.chCurValue, 'z', sizeof full.chCurValue);  // no terminator in the array
   full.nMaxLength = 0x100000101LL;                              // only the low 32 bits reach Java
-  qsim::ScriptOutput("QUORIN_GetStringValue", Bytes(full));
+  qsim::ScriptOutput("QUORIN_GetStringValue", RecordBytes(full));
   GetInto("QUORIN_GetStringValue", "DeviceUserID", target, "QUORIN_STRING_VALUE");
   EXPECT_EQ(String(target, "chCurValue"), std::string(256, 'z'));
   EXPECT_EQ(Int(target, "nMaxLength"), 0x101);
