@@ -18,7 +18,7 @@ public final class CallbackBench {
     private QUORIN_IMAGE_OUT_INFO_EX2 lastInfo;
     private byte[] lastData;
 
-    // Synchronized because every delivery comes on a thread attached for it alone; uncontended.
+    // Synchronized because a delivery may come on any thread of the reader; uncontended.
     public synchronized int OnImageCallBack(byte[] data, QUORIN_IMAGE_OUT_INFO_EX2 info) {
         deliveries++;
         lastFrameLen = info.nFrameLen;
