@@ -54,18 +54,15 @@ TEST_F(DeviceTest, EnumDevicesReportsEveryReaderWithItsRawWordsAndTexts) {
   EXPECT_EQ(Int(first, "nTLayerType"), 1);
   EXPECT_TRUE(Bool(first, "bCodeReader"));
   jobject gige = Gige(first);
-  EXPECT_EQ(Int(gige, "nCurrentIp"), -1062731500);  // 192.168.1.20, first octet most significant
-  EXPECT_EQ(static_cast<unsigned int>(Int(gige, "nCurrentSubNetMask")), 0xFFFFFF00u);
-  EXPECT_EQ(static_cast<unsigned int>(Int(gige, "nDefultGateWay")), 0xC0A80101u);
-  EXPECT_EQ(static_cast<unsigned int>(Int(gige, "nNetExport")), 0xC0A80164u);
-  EXPECT_EQ(Int(gige, "nCurUserIP"), 0);
-  EXPECT_EQ(static_cast<unsigned int>(Int(gige, "nIpCfgOption")), 0x07000000u);
-  EXPECT_EQ(static_cast<unsigned int>(Int(gige, "nIpCfgCurrent")), 0x05000000u);
-  EXPECT_EQ(String(gige, "chManufacturerName"), "Quorin Vision");
-  EXPECT_EQ(String(gige, "chModelName"), "QR-2020-2D");
-  EXPECT_EQ(String(gige, "chDeviceVersion"), "V3.2.1 build240516");
-  EXPECT_EQ(String(gige, "chManufacturerSpecificInfo"), "2D code reader, 5 MP");
-  EXPECT_EQ(String(gige, "chSerialNumber"), "QN2405C0117");
+  // 192.168.1.20 with the first octet most significant, and the other words as the SDK gave them.
+  const std::pair<const char*, unsigned int> words[] = {{"nCurrentIp", 0xC0A80114u}, {"nCurrentSubNetMask", 0xFFFFFF00u},
+      {"nDefultGateWay", 0xC0A80101u}, {"nNetExport", 0xC0A80164u}, {"nCurUserIP", 0},
+      {"nIpCfgOption", 0x07000000u}, {"nIpCfgCurrent", 0x05000000u}};
+  for (const auto& [field, word] : words) EXPECT_EQ(static_cast<unsigned int>(Int(gige, field)), word) << field;
+  const std::pair<const char*, const char*> texts[] = {{"chManufacturerName", "Quorin Vision"},
+      {"chModelName", "QR-2020-2D"}, {"chDeviceVersion", "V3.2.1 build240516"},
+      {"chManufacturerSpecificInfo", "2D code reader, 5 MP"}, {"chSerialNumber", "QN2405C0117"}};
+  for (const auto& [field, text] : texts) EXPECT_EQ(String(gige, field), text) << field;
   EXPECT_EQ(String(gige, "chUserDefinedName"), "分拣线一");  // stored as GBK
 
   jobject last = ListGet(devices, 3);

@@ -30,18 +30,15 @@ class HandleTest : public JvmTest {
   }
 };
 
-TEST_F(HandleTest, CreatorsThrowParameterExceptionForMissingArguments) {
+TEST_F(HandleTest, CreatorsThrowParameterExceptionsWithTheirTexts) {
   EXPECT_EQ(Create(nullptr), nullptr);
   ExpectParameterException(-2147352572, "QUORIN_CreateHandle pstDevInfo is null");
   EXPECT_EQ(CallObject("QUORIN_CreateHandleBySerialNumber", kCreateBySerial.c_str(), nullptr), nullptr);
   ExpectParameterException(-2147352572, "QUORIN_CreateHandleBySerialNumber strSerialNumber is null");
   EXPECT_TRUE(qsim::Calls().empty());
-}
-
-TEST_F(HandleTest, CreatorsPassTheSdkStatusOnAsErrCode) {
-  jobject device = Device(0);
+  // A failing SDK's status becomes the errCode.
   qsim::ScriptStatus("QUORIN_CreateHandle", qsim::kAccessDenied);
-  EXPECT_EQ(Create(device), nullptr);
+  EXPECT_EQ(Create(Device(0)), nullptr);
   ExpectParameterException(static_cast<jint>(qsim::kAccessDenied), "QUORIN_CreateHandle create failed");
 
   EXPECT_EQ(CallObject("QUORIN_CreateHandleBySerialNumber", kCreateBySerial.c_str(), Str("QN-NOT-THERE")), nullptr);

@@ -11,7 +11,6 @@
 namespace quorin_test {
 namespace {
 
-
 class ImageCallbackTest : public JvmTest {
  protected:
   jint Register(jobject handle, jobject callback) {
@@ -37,27 +36,12 @@ class ImageCallbackTest : public JvmTest {
     return frame;
   }
   std::vector<unsigned char> Bytes(jobject recorder, const char* field) {
-    auto array = static_cast<jbyteArray>(Object(recorder, field, "[B"));
-    if (array == nullptr) return {};
-    std::vector<unsigned char> bytes(env_->GetArrayLength(array));
-    env_->GetByteArrayRegion(array, 0, static_cast<jsize>(bytes.size()), reinterpret_cast<jbyte*>(bytes.data()));
-    return bytes;
+    return JvmTest::Bytes(Object(recorder, field, "[B"));
   }
   bool SameObject(jobject a, const char* fieldA, jobject b, const char* fieldB, const char* sig = "Ljava/lang/Object;") {
     return env_->IsSameObject(Object(a, fieldA, sig), Object(b, fieldB, sig));
   }
 };
-
-TEST_F(ImageCallbackTest, BothRegistrationsShareOneContext) {
-  jobject recorder = New("QuorinTest/ImageRecorder");
-  jobject handle = OpenReader(1);
-  EXPECT_EQ(RegisterChannel(handle, 0, recorder), 0);
-  const jlong context = Long(handle, "lImageCallParam");
-  EXPECT_NE(context, 0);
-  EXPECT_EQ(qsim::CallsTo("QUORIN_MSC_RegisterImageCallBack").at(0).numbers, std::vector<unsigned long long>{0});
-  EXPECT_EQ(Register(handle, recorder), 0);
-  EXPECT_EQ(Long(handle, "lImageCallParam"), context);  // both registrations share one context
-}
 
 TEST_F(ImageCallbackTest, EveryDeliveryReusesTheArrayAndTheSharedFrameObject) {
   jobject handle = GrabbingPushedFrames(0, 32);
@@ -104,16 +88,21 @@ TEST_F(ImageCallbackTest, FramesWithoutAKnownSizeAreDroppedAndLongFramesCut) {
   EXPECT_EQ(Bytes(recorder, "lastArray"), (std::vector<unsigned char>{1, 2, 3, 4}));
 }
 
-TEST_F(ImageCallbackTest, UnregisteringAndThrowingCallbacks) {
+TEST_F(ImageCallbackTest, RegistrationsShareOneContextThatOutlivesUnregistering) {
   jobject handle = GrabbingPushedFrames(0, 8);
   jobject thrower = New("QuorinTest/ThrowingCallback");
+  ASSERT_EQ(RegisterChannel(handle, 0, thrower), 0);
+  const jlong context = Long(handle, "lImageCallParam");
+  EXPECT_NE(context, 0);
+  EXPECT_EQ(qsim::CallsTo("QUORIN_MSC_RegisterImageCallBack").at(0).numbers, std::vector<unsigned long long>{0});
   ASSERT_EQ(Register(handle, thrower), 0);
+  EXPECT_EQ(Long(handle, "lImageCallParam"), context);
   EXPECT_TRUE(qsim::FireImage(SdkHandle(handle), FrameOf(1, {1})));
   EXPECT_TRUE(qsim::FireImage(SdkHandle(handle), FrameOf(2, {1})));
   EXPECT_EQ(Int(thrower, "calls"), 2);
   EXPECT_EQ(Register(handle, nullptr), 0);
   EXPECT_FALSE(qsim::FireImage(SdkHandle(handle), FrameOf(3, {1})));
-  EXPECT_NE(Long(handle, "lImageCallParam"), 0);
+  EXPECT_EQ(Long(handle, "lImageCallParam"), context);
 }
 
 TEST_F(ImageCallbackTest, ProducedFramesOfEveryChannelGoToTheLastRegisteredCallback) {

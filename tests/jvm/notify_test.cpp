@@ -11,7 +11,6 @@
 namespace quorin_test {
 namespace {
 
-
 class NotifyTest : public JvmTest {
  protected:
   void SetUp() override {
@@ -51,8 +50,6 @@ class NotifyTest : public JvmTest {
 
 TEST_F(NotifyTest, ExceptionMessagesReachJavaOnAnSdkThread) {
   jobject recorder = Recorder("ExceptionRecorder");
-  EXPECT_EQ(Register("QUORIN_RegisterExceptionCallBack", nullptr, recorder), kNullHandle);
-  EXPECT_TRUE(qsim::CallsTo("QUORIN_RegisterExceptionCallBack").empty());
   // A null callback with nothing registered clears the SDK's side and makes no context.
   EXPECT_EQ(Register("QUORIN_RegisterExceptionCallBack", handle_, nullptr), 0);
   EXPECT_EQ(Long(handle_, "lExceptionCallParam"), 0);
@@ -117,19 +114,14 @@ TEST_F(NotifyTest, EventsFillOneReusedRecord) {
   EXPECT_EQ(Int(recorder, "blockIdLow"), static_cast<jint>(0x80000000u));
   EXPECT_EQ(Int(recorder, "timestampHigh"), 12);
   EXPECT_EQ(Int(recorder, "dataSize"), 8);
-  jbyteArray data = static_cast<jbyteArray>(Object(recorder, "data", "[B"));
-  ASSERT_NE(data, nullptr);
-  jbyte bytes[8];
-  env_->GetByteArrayRegion(data, 0, 8, bytes);
-  EXPECT_EQ(bytes[7], 8);
+  EXPECT_EQ(Bytes(Object(recorder, "data", "[B")), (std::vector<unsigned char>{1, 2, 3, 4, 5, 6, 7, 8}));
 
   std::strcpy(event.EventName, "AcquisitionEnd");
   ASSERT_TRUE(qsim::FireEvent(sdk_, event, {}));
   EXPECT_EQ(String(recorder, "name"), "AcquisitionEnd");
   EXPECT_EQ(Int(recorder, "dataSize"), 0);
-  data = static_cast<jbyteArray>(Object(recorder, "data", "[B"));
-  ASSERT_NE(data, nullptr);  // an empty array, not null
-  EXPECT_EQ(env_->GetArrayLength(data), 0);
+  ASSERT_NE(Object(recorder, "data", "[B"), nullptr);  // an empty array, not null
+  EXPECT_EQ(Bytes(Object(recorder, "data", "[B")).size(), 0u);
   EXPECT_TRUE(env_->IsSameObject(Object(recorder, "firstRecord", "Ljava/lang/Object;"),
                                  Object(recorder, "lastRecord", "Ljava/lang/Object;")));
 
@@ -179,10 +171,12 @@ TEST_F(NotifyTest, DestroyReleasesEveryContextButTheTriggers) {
   jobject events = Recorder("EventRecorder");
   jobject triggers = Recorder("TriggerRecorder");
   jobject images = Recorder("ImageRecorder");
-  ASSERT_EQ(Register("QUORIN_RegisterExceptionCallBack", handle_, exceptions), 0);
-  ASSERT_EQ(Register("QUORIN_RegisterAllEventCallBack", handle_, events), 0);
-  ASSERT_EQ(Register("QUORIN_RegisterTriggerCallBack", handle_, triggers), 0);
-  ASSERT_EQ(Register("QUORIN_RegisterImageCallBackEx2", handle_, images), 0);
+  for (const auto& [method, callback] : {std::pair{"QUORIN_RegisterExceptionCallBack", exceptions},
+                                         {"QUORIN_RegisterAllEventCallBack", events},
+                                         {"QUORIN_RegisterTriggerCallBack", triggers},
+                                         {"QUORIN_RegisterImageCallBackEx2", images}}) {
+    ASSERT_EQ(Register(method, handle_, callback), 0) << method;
+  }
   const jlong triggerContext = Long(handle_, "lTriggerCallParam");
   ASSERT_NE(triggerContext, 0);
   jobject weakExceptions = Weakly(exceptions);
