@@ -47,6 +47,9 @@ jobject NewObject(JNIEnv* env, ClassId cls) {
 // Default build: every access finds its field, class or method by name; nothing is kept between accesses.
 
 bool JavaObject::Verified(ClassId) const { return false; }
+bool JavaObject::Direct(FieldId) const { return false; }
+void JavaObject::SetDirect(FieldId field, unsigned long long value) const { Set(field, value); }
+unsigned long long JavaObject::GetDirect(FieldId field) const { return Get(field); }
 
 unsigned long long JavaObject::Get(FieldId field) const {
   const FieldInfo& info = Info(field);
@@ -99,6 +102,7 @@ namespace {
 
 std::atomic<jclass> g_classes[kClassCount];
 std::atomic<bool> g_fieldsResolved[kClassCount];
+std::atomic<bool> g_classComplete[kClassCount];  // every field of the class was found
 std::atomic<jfieldID> g_fieldIds[kFieldCount];
 
 // The global reference to a class, made on first use; null when the class cannot be found.
@@ -120,12 +124,17 @@ jclass GlobalClass(JNIEnv* env, ClassId cls) {
 // Fills the field identifiers of a class; a field it lacks keeps a null identifier.
 void ResolveFields(JNIEnv* env, ClassId cls, jclass global) {
   if (g_fieldsResolved[IndexOf(cls)].load(std::memory_order_acquire)) return;
+  bool complete = true;
   for (size_t i = 0; i < kFieldCount; ++i) {
     if (kFields[i].owner != cls) continue;
     jfieldID id = env->GetFieldID(global, kFields[i].name, kFields[i].sig);
-    if (id == nullptr) env->ExceptionClear();
+    if (id == nullptr) {
+      env->ExceptionClear();
+      complete = false;
+    }
     g_fieldIds[i].store(id, std::memory_order_relaxed);
   }
+  g_classComplete[IndexOf(cls)].store(complete, std::memory_order_relaxed);
   g_fieldsResolved[IndexOf(cls)].store(true, std::memory_order_release);
 }
 
@@ -189,6 +198,20 @@ bool JavaObject::Verified(ClassId owner) const {
   ResolveFields(env_, owner, global);
   instance_ = true;
   return true;
+}
+
+bool JavaObject::Direct(FieldId field) const {
+  const ClassId owner = Info(field).owner;
+  if (obj_ == nullptr || env_->ExceptionCheck() || !Verified(owner)) return false;
+  return g_classComplete[IndexOf(owner)].load(std::memory_order_relaxed);
+}
+
+void JavaObject::SetDirect(FieldId field, unsigned long long value) const {
+  WriteFieldById(env_, obj_, g_fieldIds[IndexOf(field)].load(std::memory_order_relaxed), Info(field).sig, value);
+}
+
+unsigned long long JavaObject::GetDirect(FieldId field) const {
+  return ReadFieldById(env_, obj_, g_fieldIds[IndexOf(field)].load(std::memory_order_relaxed), Info(field).sig);
 }
 
 unsigned long long JavaObject::Get(FieldId field) const {

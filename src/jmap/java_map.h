@@ -75,6 +75,14 @@ class JavaObject {
   jobject GetObject(FieldId field) const { return ObjectFromWord(Get(field)); }
   void SetObject(FieldId field, jobject value) const { Set(field, PointerWord(value)); }
 
+  // Whether a run of fields of `field`'s class may go straight through resolved identifiers, with
+  // no check per field: only in a cached build, for an object of the class whose every field was
+  // found, with no exception pending. The default build always answers false.
+  bool Direct(FieldId field) const;
+  // The same accesses without the checks; only after Direct() said yes.
+  void SetDirect(FieldId field, unsigned long long value) const;
+  unsigned long long GetDirect(FieldId field) const;
+
  private:
   bool Verified(ClassId owner) const;
 

@@ -55,6 +55,11 @@ inline void StoreMember(void* record, const Member& member, unsigned long long w
 
 // Writes `count` rows of a table from the record into the Java object, in order.
 inline void WriteMembers(const JavaObject& target, const void* record, const Member* table, size_t count) {
+  if (count == 0) return;
+  if (target.Direct(table[0].field)) {
+    for (size_t i = 0; i < count; ++i) target.SetDirect(table[i].field, MemberWord(record, table[i]));
+    return;
+  }
   for (size_t i = 0; i < count; ++i) target.Set(table[i].field, MemberWord(record, table[i]));
 }
 template <size_t N>
@@ -63,6 +68,11 @@ void WriteMembers(const JavaObject& target, const void* record, const Member (&t
 }
 // Reads `count` rows of a table from the Java object into the record, in order.
 inline void ReadMembers(const JavaObject& source, void* record, const Member* table, size_t count) {
+  if (count == 0) return;
+  if (source.Direct(table[0].field)) {
+    for (size_t i = 0; i < count; ++i) StoreMember(record, table[i], source.GetDirect(table[i].field));
+    return;
+  }
   for (size_t i = 0; i < count; ++i) StoreMember(record, table[i], source.Get(table[i].field));
 }
 template <size_t N>

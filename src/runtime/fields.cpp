@@ -9,18 +9,22 @@ namespace {
 
 enum class FieldKind { kInt, kObject, kChar, kLong, kShort, kBoolean, kByte, kFloat, kDouble, kUnknown };
 
-// The fixed test order matters: only the object test looks at the first character alone.
+// Only the object test looks at the first character alone; every other signature is one
+// character long, so "II" or "I;" matches nothing.
 FieldKind KindOf(const char* sig) {
-  if (std::strcmp(sig, "I") == 0) return FieldKind::kInt;
   if (sig[0] == 'L' || sig[0] == '[') return FieldKind::kObject;
-  if (std::strcmp(sig, "C") == 0) return FieldKind::kChar;
-  if (std::strcmp(sig, "J") == 0) return FieldKind::kLong;
-  if (std::strcmp(sig, "S") == 0) return FieldKind::kShort;
-  if (std::strcmp(sig, "Z") == 0) return FieldKind::kBoolean;
-  if (std::strcmp(sig, "B") == 0) return FieldKind::kByte;
-  if (std::strcmp(sig, "F") == 0) return FieldKind::kFloat;
-  if (std::strcmp(sig, "D") == 0) return FieldKind::kDouble;
-  return FieldKind::kUnknown;
+  if (sig[0] == '\0' || sig[1] != '\0') return FieldKind::kUnknown;
+  switch (sig[0]) {
+    case 'I': return FieldKind::kInt;
+    case 'C': return FieldKind::kChar;
+    case 'J': return FieldKind::kLong;
+    case 'S': return FieldKind::kShort;
+    case 'Z': return FieldKind::kBoolean;
+    case 'B': return FieldKind::kByte;
+    case 'F': return FieldKind::kFloat;
+    case 'D': return FieldKind::kDouble;
+    default: return FieldKind::kUnknown;
+  }
 }
 
 // The field on the object's own class, or null. A missing field leaves the VM's
