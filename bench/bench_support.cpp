@@ -1,7 +1,5 @@
 #include "bench_support.h"
 
-#include <dlfcn.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -10,6 +8,7 @@
 #include <stdexcept>
 
 #include "QuorinCtrl.h"
+#include "jvm_start.h"
 
 namespace bench {
 
@@ -40,29 +39,14 @@ void ExpectSuccess(jint status, const char* what) {
 }
 
 Jvm::Jvm() {
-  void* library = dlopen(QUORIN_JVM_LIBRARY, RTLD_NOW | RTLD_GLOBAL);  // never closed: a JVM is not unloaded
-  if (library == nullptr) throw std::runtime_error(std::string("cannot load the JVM: ") + dlerror());
-  using CreateJavaVM = jint (*)(JavaVM**, void**, void*);
-  auto create = reinterpret_cast<CreateJavaVM>(dlsym(library, "JNI_CreateJavaVM"));
-  if (create == nullptr) throw std::runtime_error("no JNI_CreateJavaVM in " QUORIN_JVM_LIBRARY);
-
-  std::string options[] = {
-      std::string("-Djava.class.path=") + QUORIN_CLASS_PATH,
-      std::string("-Djava.library.path=") + QUORIN_LIBRARY_DIR,
+  const std::vector<std::string> options = {
       std::string("-Djna.library.path=") + QUORIN_LIBRARY_DIR,  // JNA's peer finds the stand-in there
       "-Xms512m",  // a fixed heap: no resizing in the middle of a timed loop
       "-Xmx512m",
   };
-  std::vector<JavaVMOption> vmOptions;
-  for (std::string& option : options) vmOptions.push_back({option.data(), nullptr});
-  JavaVMInitArgs args{};
-  args.version = JNI_VERSION_1_8;
-  args.nOptions = static_cast<jint>(vmOptions.size());
-  args.options = vmOptions.data();
-  args.ignoreUnrecognized = JNI_FALSE;
-  if (create(&vm_, reinterpret_cast<void**>(&env_), &args) != JNI_OK) {
-    throw std::runtime_error("the JVM did not start");
-  }
+  std::string error;
+  env_ = quorin_test::StartJvm(QUORIN_JVM_LIBRARY, QUORIN_CLASS_PATH, QUORIN_LIBRARY_DIR, options, &vm_, &error);
+  if (env_ == nullptr) throw std::runtime_error(error);
 }
 
 Jvm::~Jvm() { vm_->DestroyJavaVM(); }

@@ -1,6 +1,5 @@
 #include "jvm_harness.h"
 
-#include <dlfcn.h>
 #include <malloc.h>
 #include <unistd.h>
 
@@ -10,6 +9,7 @@
 #include <vector>
 
 #include "QuorinSim.h"
+#include "jvm_start.h"
 
 #ifdef QUORIN_TEST_ASAN
 extern "C" size_t __sanitizer_get_current_allocated_bytes();
@@ -21,37 +21,20 @@ namespace {
 JavaVM* g_vm = nullptr;
 JNIEnv* g_env = nullptr;
 
-using CreateJavaVM = jint (*)(JavaVM**, void**, void*);
-
 }  // namespace
 
 void JvmEnvironment::SetUp() {
   if (g_vm != nullptr) return;
-  void* jvm = dlopen(QUORIN_JVM_LIBRARY, RTLD_NOW | RTLD_GLOBAL);
-  ASSERT_NE(jvm, nullptr) << dlerror();
-  auto create = reinterpret_cast<CreateJavaVM>(dlsym(jvm, "JNI_CreateJavaVM"));
-  ASSERT_NE(create, nullptr);
-
-  std::vector<std::string> options = {
-      std::string("-Djava.class.path=") + QUORIN_CLASS_PATH,
-      std::string("-Djava.library.path=") + QUORIN_LIBRARY_DIR,
-      "-Xmx512m",
-      "-XX:+UseSerialGC",
-  };
+  std::vector<std::string> options = {"-Xmx512m", "-XX:+UseSerialGC"};
   // Under an emulator the JIT's signal-based tricks (implicit null checks, safepoint polls in
   // compiled code) race with threads attaching and detaching; the interpreter does not use them.
   const char* emulator = std::getenv("QUORIN_TEST_EMULATOR");
   if (emulator != nullptr && *emulator != '\0') options.push_back("-Xint");
   const char* xcheck = std::getenv("QUORIN_XCHECK_JNI");
   if (xcheck != nullptr && std::string(xcheck) == "1") options.push_back("-Xcheck:jni");
-  std::vector<JavaVMOption> vmOptions;
-  for (std::string& option : options) vmOptions.push_back({option.data(), nullptr});
-  JavaVMInitArgs args{};
-  args.version = JNI_VERSION_1_8;
-  args.nOptions = static_cast<jint>(vmOptions.size());
-  args.options = vmOptions.data();
-  args.ignoreUnrecognized = JNI_FALSE;
-  ASSERT_EQ(create(&g_vm, reinterpret_cast<void**>(&g_env), &args), JNI_OK);
+  std::string error;
+  g_env = StartJvm(QUORIN_JVM_LIBRARY, QUORIN_CLASS_PATH, QUORIN_LIBRARY_DIR, options, &g_vm, &error);
+  ASSERT_NE(g_env, nullptr) << error;
 }
 
 JNIEnv* Env() { return g_env; }
