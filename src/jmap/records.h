@@ -261,22 +261,16 @@ inline constexpr Member kSentCodeMeasures[] = {
 };
 #undef QUORIN_CODE_PLAIN
 
-inline constexpr Member kWaybillPlace[] = {
-    QUORIN_MEMBER(QUORIN_WAYBILL_INFO, Waybill_fCenterX, fCenterX),
-    QUORIN_MEMBER(QUORIN_WAYBILL_INFO, Waybill_fCenterY, fCenterY),
-    QUORIN_MEMBER(QUORIN_WAYBILL_INFO, Waybill_fWidth, fWidth),
-    QUORIN_MEMBER(QUORIN_WAYBILL_INFO, Waybill_fHeight, fHeight),
-    QUORIN_MEMBER(QUORIN_WAYBILL_INFO, Waybill_fAngle, fAngle),
-    QUORIN_MEMBER(QUORIN_WAYBILL_INFO, Waybill_fConfidence, fConfidence),
-};
-inline constexpr Member kWaybillPlaceSent[] = {
-    QUORIN_MEMBER_AS_NUMBER(QUORIN_WAYBILL_INFO, Waybill_fCenterX, fCenterX),
-    QUORIN_MEMBER_AS_NUMBER(QUORIN_WAYBILL_INFO, Waybill_fCenterY, fCenterY),
-    QUORIN_MEMBER_AS_NUMBER(QUORIN_WAYBILL_INFO, Waybill_fWidth, fWidth),
-    QUORIN_MEMBER_AS_NUMBER(QUORIN_WAYBILL_INFO, Waybill_fHeight, fHeight),
-    QUORIN_MEMBER_AS_NUMBER(QUORIN_WAYBILL_INFO, Waybill_fAngle, fAngle),
-    QUORIN_MEMBER_AS_NUMBER(QUORIN_WAYBILL_INFO, Waybill_fConfidence, fConfidence),
-};
+// A waybill's place in the frame: six floats, written as their bits and sent as numbers.
+#define QUORIN_WAYBILL_PLACE(MEMBER) \
+  MEMBER(fCenterX) MEMBER(fCenterY) MEMBER(fWidth) MEMBER(fHeight) MEMBER(fAngle) MEMBER(fConfidence)
+#define QUORIN_WAYBILL_BITS(member) QUORIN_MEMBER(QUORIN_WAYBILL_INFO, Waybill_##member, member),
+#define QUORIN_WAYBILL_NUMBER(member) QUORIN_MEMBER_AS_NUMBER(QUORIN_WAYBILL_INFO, Waybill_##member, member),
+inline constexpr Member kWaybillPlace[] = {QUORIN_WAYBILL_PLACE(QUORIN_WAYBILL_BITS)};
+inline constexpr Member kWaybillPlaceSent[] = {QUORIN_WAYBILL_PLACE(QUORIN_WAYBILL_NUMBER)};
+#undef QUORIN_WAYBILL_BITS
+#undef QUORIN_WAYBILL_NUMBER
+#undef QUORIN_WAYBILL_PLACE
 
 // ---------------------------------------------------------------------------
 // The legacy frame record and its code entries.
