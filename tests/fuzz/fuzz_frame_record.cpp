@@ -69,10 +69,12 @@ void FillCodeText(FuzzedDataProvider& in, char (&code)[sizeof(QUORIN_BCR_INFO_EX
   }
 }
 
-// Every number of a code as the input gives it; the text as FillCodeText makes it.
+// Every number of a code as the input gives it (the text's bytes are not drawn twice); the text
+// as FillCodeText makes it.
 void FillCode(FuzzedDataProvider& in, QUORIN_BCR_INFO_EX& code) {
-  in.ConsumeData(&code, sizeof code);
   FillCodeText(in, code.chCode);
+  in.ConsumeData(&code.nID, sizeof code.nID);
+  in.ConsumeData(&code.nLen, sizeof code - offsetof(QUORIN_BCR_INFO_EX, nLen));
 }
 
 void FillWaybill(FuzzedDataProvider& in, QUORIN_WAYBILL_INFO& waybill, NativeFrame& frame) {
