@@ -22,13 +22,15 @@ jstring CodeTextToJava(JNIEnv* env, const char (&code)[sizeof(QUORIN_BCR_INFO_EX
 void WriteCorners(JNIEnv* env, const JavaObject& entry, const QUORIN_BCR_INFO_EX& code) {
   for (const jmap::Corner& corner : jmap::kCodeCorners) {
     ScopedLocalRef<jobject> point(env, entry.GetObject(corner.field));
-    if (point) jmap::WriteMembers(JavaObject(env, point.get()), reinterpret_cast<const char*>(&code) + corner.offset, jmap::kPoint);
+    if (!point) continue;
+    jmap::WriteMembers(JavaObject(env, point.get(), ClassId::PointI), reinterpret_cast<const char*>(&code) + corner.offset,
+                       jmap::kPoint);
   }
 }
 
 void WriteCodeQuality(JNIEnv* env, const JavaObject& entry, const QUORIN_CODE_INFO& quality) {
   ScopedLocalRef<jobject> target(env, entry.GetObject(F::Code_stCodeQuality));
-  if (target) jmap::WriteMembers(JavaObject(env, target.get()), &quality, jmap::kQuality);
+  if (target) jmap::WriteMembers(JavaObject(env, target.get(), ClassId::Quality), &quality, jmap::kQuality);
 }
 
 void WriteCodeEntry(JNIEnv* env, const JavaObject& entry, const QUORIN_BCR_INFO_EX& code, OneDQuality oneDQuality) {

@@ -50,7 +50,7 @@ void FillList(JNIEnv* env, jobject owner, jmap::FieldId field, jmap::ClassId ent
     if (!frame.ok()) return;
     jobject entry = env->NewObject(entryClass, constructor);
     if (entry == nullptr) return;
-    write(jmap::JavaObject(env, entry), entries[i]);
+    write(jmap::JavaObject(env, entry, entryId), entries[i]);
     if (!list.Add(entry)) return;
   }
 }

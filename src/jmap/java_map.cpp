@@ -46,6 +46,7 @@ jobject NewObject(JNIEnv* env, ClassId cls) {
 // ---------------------------------------------------------------------------
 // Default build: every access finds its field, class or method by name; nothing is kept between accesses.
 
+JavaObject::JavaObject(JNIEnv* env, jobject obj, ClassId) : env_(env), obj_(obj) {}
 bool JavaObject::Verified(ClassId) const { return false; }
 bool JavaObject::Direct(FieldId) const { return false; }
 void JavaObject::SetDirect(FieldId field, unsigned long long value) const { Set(field, value); }
@@ -187,6 +188,14 @@ EnumTable* ReadEnumTable(JNIEnv* env, ClassId id, jclass enumClass) {
 }
 
 }  // namespace
+
+JavaObject::JavaObject(JNIEnv* env, jobject obj, ClassId cls) : env_(env), obj_(obj), checked_(cls) {
+  if (obj == nullptr || env->ExceptionCheck()) return;
+  jclass global = GlobalClass(env, cls);
+  if (global == nullptr) return;
+  ResolveFields(env, cls, global);
+  instance_ = true;
+}
 
 bool JavaObject::Verified(ClassId owner) const {
   if (checked_ == owner) return instance_;

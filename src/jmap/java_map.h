@@ -66,6 +66,9 @@ inline constexpr const char* kEnumValues = "values";
 class JavaObject {
  public:
   JavaObject(JNIEnv* env, jobject obj) : env_(env), obj_(obj) {}
+  // An object known to be of `cls`: made from it here, or read from a field declared with it (a
+  // subclass has the same fields), so a cached build does not check its class again.
+  JavaObject(JNIEnv* env, jobject obj, ClassId cls);
   jobject get() const { return obj_; }
   explicit operator bool() const { return obj_ != nullptr; }
 
