@@ -128,7 +128,8 @@ TEST_F(StandInTest, DeviceFileRoundTripShowsItsProgressToAnotherThread) {
   EXPECT_NE(std::string::npos, std::string(logged.begin(), logged.end()).find("QR-2020-2D"));
   read = FileAccess(download, "NoSuchFile");
   EXPECT_EQ(qsim::kNoSuchDeviceFile, AsWord(QUORIN_FileAccessRead(handle, &read)));
-  write = FileAccess(TempPath("no-such-upload"), "UserSet1");
+  const std::string missing = TempPath("no-such-upload");  // the record keeps only its characters
+  write = FileAccess(missing, "UserSet1");
   EXPECT_EQ(qsim::kNoSuchFile, AsWord(QUORIN_FileAccessWrite(handle, &write)));
   std::remove(upload.c_str());
   std::remove(download.c_str());
