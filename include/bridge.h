@@ -64,12 +64,6 @@ inline unsigned long long PointerWord(const void* pointer) {
 inline jobject ObjectFromWord(unsigned long long word) {
   return reinterpret_cast<jobject>(static_cast<uintptr_t>(word));
 }
-// A float travels as its IEEE-754 bit pattern, never as a converted number.
-inline unsigned long long FloatBits(float value) {
-  uint32_t bits;
-  std::memcpy(&bits, &value, sizeof bits);
-  return bits;
-}
 // Stores into a caller's java.lang.Integer in place: the caller's own object changes value.
 void SetIntegerValue(JNIEnv* env, jobject integer, unsigned int value);
 

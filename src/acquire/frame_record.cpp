@@ -65,9 +65,6 @@ void FillCodeList(JNIEnv* env, const QUORIN_RESULT_BCR_EX* codes, const JavaObje
            [&](const JavaObject& entry, const QUORIN_BCR_INFO_EX& code) { WriteCodeEntry(env, entry, code, oneDQuality); });
 }
 
-// Each thread looks up the classes the frame needs once per call; SDK threads pass their own.
-jclass FindClassUnlessPending(JNIEnv* env, ClassId id) { return env->ExceptionCheck() ? nullptr : jmap::FindClass(env, id); }
-
 }  // namespace
 
 void SetEnumConstant(JNIEnv* env, const JavaObject& owner, jmap::FieldId field, ClassId id, jclass enumClass,
@@ -99,8 +96,8 @@ bool EnumNumber(JNIEnv* env, const JavaObject& owner, jmap::FieldId field, Class
 
 LocalFrameClasses::LocalFrameClasses(JNIEnv* env)
     : env_(env),
-      classes_{FindClassUnlessPending(env, ClassId::Code), FindClassUnlessPending(env, ClassId::Waybill),
-               FindClassUnlessPending(env, ClassId::PixelType), FindClassUnlessPending(env, ClassId::ImageType)} {}
+      classes_{jmap::FindClass(env, ClassId::Code), jmap::FindClass(env, ClassId::Waybill),
+               jmap::FindClass(env, ClassId::PixelType), jmap::FindClass(env, ClassId::ImageType)} {}
 
 LocalFrameClasses::~LocalFrameClasses() {
   for (jclass cls : {classes_.bcrInfo, classes_.waybillInfo, classes_.pixelType, classes_.imageType}) {

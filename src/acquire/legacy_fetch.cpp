@@ -17,7 +17,6 @@ using jmap::JavaObject;
 // An enumeration constant by its SDK number, the class found on this thread; a number no
 // constant carries leaves the field as it was.
 void SetEnumByName(JNIEnv* env, const JavaObject& target, jmap::FieldId field, ClassId id, unsigned int number) {
-  if (env->ExceptionCheck()) return;
   ScopedLocalRef<jclass> enumClass(env, jmap::FindClass(env, id));
   SetEnumConstant(env, target, field, id, enumClass.get(), number);
 }
@@ -52,7 +51,6 @@ void FillLegacyFrame(JNIEnv* env, const QUORIN_FRAME_OUT_INFO& info, jobject tar
   // The code area holds at most 204 entries; a larger count is never read past it.
   const unsigned int count = std::min<unsigned int>(info.nCodeNumber, QUORIN_MAX_BCRINFO_NUM);
   frame.Set(F::LegacyFrame_nCodeNumber, count);
-  if (env->ExceptionCheck()) return;
   ScopedLocalRef<jclass> codeClass(env, jmap::FindClass(env, ClassId::LegacyCode));
   ScopedLocalRef<jclass> pointClass(env, jmap::FindClass(env, ClassId::LegacyPoint));
   FillList(env, target, F::LegacyFrame_bcrinfoList, ClassId::LegacyCode, codeClass.get(), info.stBcrInfo, count,

@@ -41,6 +41,15 @@ jobject NewObject(JNIEnv* env, ClassId cls) {
   return env->NewObject(local.get(), constructor);
 }
 
+bool EnumNumber(JNIEnv* env, jobject constant, ClassId id, int* number) {
+  ScopedLocalRef<jclass> enumClass(env, FindClass(env, id));
+  if (!enumClass) return false;
+  jmethodID getnValue = MethodOf(env, enumClass.get(), id, kEnumNumber);
+  if (getnValue == nullptr) return false;
+  *number = env->CallIntMethod(constant, getnValue);
+  return !env->ExceptionCheck();
+}
+
 #if !defined(QUORIN_CACHED_IDS)
 
 // ---------------------------------------------------------------------------
@@ -79,15 +88,6 @@ jmethodID MethodOf(JNIEnv* env, jclass cls, ClassId, const JavaMethod& method) {
 jobject EnumConstant(JNIEnv* env, ClassId id, jclass enumClass, unsigned int number) {
   const FieldInfo& numberField = Info(EnumNumberField(id));
   return GetEnumObject(env, enumClass, Info(id).name, numberField.name, numberField.sig, number);
-}
-
-bool EnumNumber(JNIEnv* env, jobject constant, ClassId id, int* number) {
-  ScopedLocalRef<jclass> enumClass(env, FindClass(env, id));
-  if (!enumClass) return false;
-  jmethodID getnValue = env->GetMethodID(enumClass.get(), kEnumNumber.name, kEnumNumber.sig);
-  if (getnValue == nullptr) return false;
-  *number = env->CallIntMethod(constant, getnValue);
-  return !env->ExceptionCheck();
 }
 
 void ResolveAtLoad(JNIEnv*) {}
@@ -279,15 +279,6 @@ jobject EnumConstant(JNIEnv* env, ClassId id, jclass enumClass, unsigned int num
     if (constantNumber == number) return env->NewLocalRef(constant);
   }
   return nullptr;
-}
-
-bool EnumNumber(JNIEnv* env, jobject constant, ClassId id, int* number) {
-  ScopedLocalRef<jclass> enumClass(env, FindClass(env, id));
-  if (!enumClass) return false;
-  jmethodID getnValue = MethodOf(env, enumClass.get(), id, kEnumNumber);
-  if (getnValue == nullptr) return false;
-  *number = env->CallIntMethod(constant, getnValue);
-  return !env->ExceptionCheck();
 }
 
 void ResolveAtLoad(JNIEnv* env) {

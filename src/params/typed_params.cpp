@@ -34,7 +34,7 @@ jint GetPayloadSizeNode(JNIEnv* env, jobject handle, void* sdkHandle, jobject ta
 // Clears the caller's list and refills it with one Integer per supported value.
 void FillSupportedValues(JNIEnv* env, jobject target, const QUORIN_ENUM_VALUE& value) {
   ScopedLocalRef<jobject> list(env, jmap::JavaObject(env, target).GetObject(F::EnumValue_lsSupportValue));
-  if (!list || env->ExceptionCheck()) return;
+  if (!list) return;
   ScopedLocalRef<jclass> listClass(env, jmap::FindClass(env, jmap::ClassId::ArrayList));
   jmethodID add = jmap::MethodOf(env, listClass.get(), jmap::ClassId::ArrayList, jmap::kListAdd);
   jmethodID clear = jmap::ListMethod(env, list.get(), jmap::kListClear);
