@@ -18,31 +18,28 @@ jstring CodeTextToJava(JNIEnv* env, const char (&code)[sizeof(QUORIN_BCR_INFO_EX
   return DeviceTextToJava(env, terminated.c_str());
 }
 
-// Writes each corner point into the point object the code entry already holds.
-void WriteCorners(JNIEnv* env, const JavaObject& entry, const QUORIN_BCR_INFO_EX& code) {
-  for (const jmap::Corner& corner : jmap::kCodeCorners) {
-    ScopedLocalRef<jobject> point(env, entry.GetObject(corner.field));
-    if (!point) continue;
-    jmap::WriteMembers(JavaObject(env, point.get(), ClassId::PointI), reinterpret_cast<const char*>(&code) + corner.offset,
-                       jmap::kPoint);
-  }
-}
-
-void WriteCodeQuality(JNIEnv* env, const JavaObject& entry, const QUORIN_CODE_INFO& quality) {
-  ScopedLocalRef<jobject> target(env, entry.GetObject(F::Code_stCodeQuality));
-  if (target) jmap::WriteMembers(JavaObject(env, target.get(), ClassId::Quality), &quality, jmap::kQuality);
-}
-
+// The text is made first: it is the one step of an entry that can raise, so that one check after
+// it covers every write into a resolved entry, its corner points and its quality record. The text
+// and the held objects are freed with the entry's local frame.
 void WriteCodeEntry(JNIEnv* env, const JavaObject& entry, const QUORIN_BCR_INFO_EX& code, OneDQuality oneDQuality) {
-  jmap::WriteMembers(entry, &code, jmap::kCodeId);
-  ScopedLocalRef<jstring> text(env, CodeTextToJava(env, code.chCode));
-  entry.SetObject(F::Code_chCode, text.get());
-  jmap::WriteMembers(entry, &code, jmap::kCodeKind);
-  WriteCorners(env, entry, code);
-  WriteCodeQuality(env, entry, code.stCodeQuality);
-  jmap::WriteMembers(entry, &code, jmap::kCodeMeasures);
-  if (oneDQuality == OneDQuality::kWritten) jmap::WriteMembers(entry, &code, jmap::kCodeOneDQuality);
-  jmap::WriteMembers(entry, &code, jmap::kCodeTiming);
+  const jstring text = CodeTextToJava(env, code.chCode);
+  const bool direct = text != nullptr && entry.Direct(F::Code_nID);
+  jmap::WriteMembers(entry, &code, jmap::kCodeId, direct);
+  if (direct) {
+    entry.SetDirect(F::Code_chCode, PointerWord(text));
+  } else {
+    entry.SetObject(F::Code_chCode, text);
+  }
+  jmap::WriteMembers(entry, &code, jmap::kCodeKind, direct);
+  for (const jmap::Corner& corner : jmap::kCodeCorners) {
+    jmap::WriteHeldMembers(env, entry, corner.field, ClassId::PointI,
+                           reinterpret_cast<const char*>(&code) + corner.offset, jmap::kPoint, direct);
+  }
+  jmap::WriteHeldMembers(env, entry, F::Code_stCodeQuality, ClassId::Quality, &code.stCodeQuality, jmap::kQuality,
+                         direct);
+  jmap::WriteMembers(entry, &code, jmap::kCodeMeasures, direct);
+  if (oneDQuality == OneDQuality::kWritten) jmap::WriteMembers(entry, &code, jmap::kCodeOneDQuality, direct);
+  jmap::WriteMembers(entry, &code, jmap::kCodeTiming, direct);
 }
 
 void WriteWaybillEntry(JNIEnv* env, const JavaObject& entry, const QUORIN_WAYBILL_INFO& waybill) {

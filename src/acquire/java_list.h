@@ -45,12 +45,12 @@ void FillList(JNIEnv* env, jobject owner, jmap::FieldId field, jmap::ClassId ent
   jmethodID constructor = jmap::MethodOf(env, entryClass, entryId, jmap::kNoArgConstructor);
   if (constructor == nullptr) return;
   for (unsigned int i = 0; i < count; ++i) {
-    if (env->ExceptionCheck()) return;  // an entry's conversion failed: Java sees that error
     ScopedLocalFrame frame(env, kEntryLocalRefs);
     if (!frame.ok()) return;
     jobject entry = env->NewObject(entryClass, constructor);
     if (entry == nullptr) return;
     write(jmap::JavaObject(env, entry, entryId), entries[i]);
+    if (env->ExceptionCheck()) return;  // the entry's conversion failed: Java sees that error
     if (!list.Add(entry)) return;
   }
 }

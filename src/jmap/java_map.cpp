@@ -58,6 +58,7 @@ bool EnumNumber(JNIEnv* env, jobject constant, ClassId id, int* number) {
 JavaObject::JavaObject(JNIEnv* env, jobject obj, ClassId) : env_(env), obj_(obj) {}
 bool JavaObject::Verified(ClassId) const { return false; }
 bool JavaObject::Direct(FieldId) const { return false; }
+bool JavaObject::DirectAfterCheck(FieldId) const { return false; }
 void JavaObject::SetDirect(FieldId field, unsigned long long value) const { Set(field, value); }
 unsigned long long JavaObject::GetDirect(FieldId field) const { return Get(field); }
 
@@ -190,7 +191,14 @@ EnumTable* ReadEnumTable(JNIEnv* env, ClassId id, jclass enumClass) {
 }  // namespace
 
 JavaObject::JavaObject(JNIEnv* env, jobject obj, ClassId cls) : env_(env), obj_(obj), checked_(cls) {
-  if (obj == nullptr || env->ExceptionCheck()) return;
+  if (obj == nullptr) return;
+  // Resolved already: nothing to call, so no need to ask the VM for a pending exception.
+  if (g_classes[IndexOf(cls)].load(std::memory_order_acquire) != nullptr &&
+      g_fieldsResolved[IndexOf(cls)].load(std::memory_order_acquire)) {
+    instance_ = true;
+    return;
+  }
+  if (env->ExceptionCheck()) return;
   jclass global = GlobalClass(env, cls);
   if (global == nullptr) return;
   ResolveFields(env, cls, global);
@@ -209,9 +217,11 @@ bool JavaObject::Verified(ClassId owner) const {
   return true;
 }
 
-bool JavaObject::Direct(FieldId field) const {
+bool JavaObject::Direct(FieldId field) const { return !env_->ExceptionCheck() && DirectAfterCheck(field); }
+
+bool JavaObject::DirectAfterCheck(FieldId field) const {
   const ClassId owner = Info(field).owner;
-  if (obj_ == nullptr || env_->ExceptionCheck() || !Verified(owner)) return false;
+  if (obj_ == nullptr || !Verified(owner)) return false;
   return g_classComplete[IndexOf(owner)].load(std::memory_order_relaxed);
 }
 

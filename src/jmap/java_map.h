@@ -82,6 +82,9 @@ class JavaObject {
   // no check per field: only in a cached build, for an object of the class whose every field was
   // found, with no exception pending. The default build always answers false.
   bool Direct(FieldId field) const;
+  // The same answer without asking the VM for a pending exception: only for a caller that has just
+  // had Direct() say yes and made no call since that could raise one.
+  bool DirectAfterCheck(FieldId field) const;
   // The same accesses without the checks; only after Direct() said yes.
   void SetDirect(FieldId field, unsigned long long value) const;
   unsigned long long GetDirect(FieldId field) const;

@@ -53,18 +53,36 @@ inline void StoreMember(void* record, const Member& member, unsigned long long w
   }
 }
 
-// Writes `count` rows of a table from the record into the Java object, in order.
-inline void WriteMembers(const JavaObject& target, const void* record, const Member* table, size_t count) {
-  if (count == 0) return;
-  if (target.Direct(table[0].field)) {
-    for (size_t i = 0; i < count; ++i) target.SetDirect(table[i].field, MemberWord(record, table[i]));
-    return;
+// Writes `count` rows of a table from the record into the Java object, in order: straight through
+// resolved identifiers when `direct` (a Direct() answer with no call since that could raise),
+// otherwise through the checked accessors.
+inline void WriteMembers(const JavaObject& target, const void* record, const Member* table, size_t count,
+                         bool direct) {
+  for (size_t i = 0; i < count; ++i) {
+    if (direct) {
+      target.SetDirect(table[i].field, MemberWord(record, table[i]));
+    } else {
+      target.Set(table[i].field, MemberWord(record, table[i]));
+    }
   }
-  for (size_t i = 0; i < count; ++i) target.Set(table[i].field, MemberWord(record, table[i]));
+}
+template <size_t N>
+void WriteMembers(const JavaObject& target, const void* record, const Member (&table)[N], bool direct) {
+  WriteMembers(target, record, table, N, direct);
 }
 template <size_t N>
 void WriteMembers(const JavaObject& target, const void* record, const Member (&table)[N]) {
-  WriteMembers(target, record, table, N);
+  WriteMembers(target, record, table, N, target.Direct(table[0].field));
+}
+// Writes a table into the object that `owner`'s `field` holds, of the mapped class `cls`, and leaves
+// the held reference to the caller's local frame. `ownerDirect` is the owner's Direct() answer; when
+// it and the held object's class allow, nothing here can raise, so nothing asks again.
+template <size_t N>
+void WriteHeldMembers(JNIEnv* env, const JavaObject& owner, FieldId field, ClassId cls, const void* record,
+                      const Member (&table)[N], bool ownerDirect) {
+  const JavaObject target(env, ownerDirect ? ObjectFromWord(owner.GetDirect(field)) : owner.GetObject(field), cls);
+  if (!target) return;
+  WriteMembers(target, record, table, N, ownerDirect ? target.DirectAfterCheck(table[0].field) : target.Direct(table[0].field));
 }
 // Reads `count` rows of a table from the Java object into the record, in order.
 inline void ReadMembers(const JavaObject& source, void* record, const Member* table, size_t count) {
