@@ -77,20 +77,39 @@ void ForEachRegisteredRef(ImageCallbackContext& a, ImageCallbackContext& b, Visi
   visit(a.imageTypeClassRef, b.imageTypeClassRef);
 }
 
-// The context whose address a Handle field holds, or null.
+// Every context the bridge made, with the Handle field and the SDK handle it was made for. A
+// context word Java wrote itself, or copied into another field or Handle, names none of them, so
+// it is never written through or freed.
+void RememberContext(const void* context, jmap::FieldId field, const void* sdkHandle);
+bool IsContextOf(const void* context, jmap::FieldId field, const void* sdkHandle);
+void ForgetContext(const void* context);
+
+// What a Handle field says of its context.
 template <typename Context>
-Context* ContextOf(JNIEnv* env, jobject handle, jmap::FieldId field) {
-  return reinterpret_cast<Context*>(static_cast<uintptr_t>(jmap::Get(env, handle, field)));
+struct ContextWord {
+  Context* context = nullptr;  // the bridge's own context, or null
+  bool forged = false;         // a non-zero word the bridge did not make for this field and handle
+};
+
+template <typename Context>
+ContextWord<Context> ContextOf(JNIEnv* env, jobject handle, jmap::FieldId field) {
+  const auto word = static_cast<uintptr_t>(jmap::Get(env, handle, field));
+  if (word == 0) return {};
+  auto* context = reinterpret_cast<Context*>(word);
+  if (!IsContextOf(context, field, SdkHandleOf(env, handle))) return {nullptr, true};
+  return {context, false};
 }
 
-// The Handle's context of this kind, made and recorded in `field` on first registration.
+// The Handle's context of this kind, made and recorded in `field` on first registration; null
+// when the field holds a word the bridge did not make.
 template <typename Context>
 Context* ContextFor(JNIEnv* env, jobject handle, jmap::FieldId field) {
-  Context* context = ContextOf<Context>(env, handle, field);
-  if (context == nullptr) {
-    context = new Context{};
-    jmap::Set(env, handle, field, PointerWord(context));
-  }
+  const ContextWord<Context> found = ContextOf<Context>(env, handle, field);
+  if (found.forged) return nullptr;
+  if (found.context != nullptr) return found.context;
+  auto* context = new Context{};
+  RememberContext(context, field, SdkHandleOf(env, handle));
+  jmap::Set(env, handle, field, PointerWord(context));
   return context;
 }
 
@@ -139,6 +158,7 @@ jint RegisterCallback(JNIEnv* env, jobject handle, jobject callback, jmap::Field
   void* sdkHandle = SdkHandleOf(env, handle);
   if (callback == nullptr) return sdkRegister(sdkHandle, nullptr);
   Context* context = ContextFor<Context>(env, handle, field);
+  if (context == nullptr) return kStatusBadArgument;  // a context word Java made up: never written through
   const Context standing = *context;
   WriteRegistration(env, context, handle, callback);
   prepare(*context);

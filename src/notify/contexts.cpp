@@ -1,17 +1,46 @@
 #include "notify/callback_context.h"
 
+#include <mutex>
+#include <unordered_map>
+
 namespace {
 
+struct ContextOwner {
+  jmap::FieldId field;
+  const void* sdkHandle;
+};
+
+std::mutex g_contextsLock;
+std::unordered_map<const void*, ContextOwner> g_contexts;
+
+// A word the bridge did not make is left as Java wrote it.
 template <typename Context, typename Release>
 void ReleaseContext(JNIEnv* env, jobject handle, jmap::FieldId field, Release release) {
-  Context* context = ContextOf<Context>(env, handle, field);
+  Context* context = ContextOf<Context>(env, handle, field).context;
   if (context == nullptr) return;
+  ForgetContext(context);
   release(*context);
   delete context;
   jmap::Set(env, handle, field, 0);
 }
 
 }  // namespace
+
+void RememberContext(const void* context, jmap::FieldId field, const void* sdkHandle) {
+  std::lock_guard<std::mutex> lock(g_contextsLock);
+  g_contexts[context] = ContextOwner{field, sdkHandle};
+}
+
+bool IsContextOf(const void* context, jmap::FieldId field, const void* sdkHandle) {
+  std::lock_guard<std::mutex> lock(g_contextsLock);
+  const auto found = g_contexts.find(context);
+  return found != g_contexts.end() && found->second.field == field && found->second.sdkHandle == sdkHandle;
+}
+
+void ForgetContext(const void* context) {
+  std::lock_guard<std::mutex> lock(g_contextsLock);
+  g_contexts.erase(context);
+}
 
 jmethodID CallbackMethod(JNIEnv* env, jobject callback, const jmap::JavaMethod& method) {
   if (callback == nullptr) return nullptr;  // a context whose registration never took

@@ -216,6 +216,30 @@ TEST_F(NotifyTest, RefusedRegistrationLeavesTheStandingOneInPlace) {
   EXPECT_FALSE(Survives(Weakly(refused)));
 }
 
+// A context word Java made up, or copied from another Handle or field, is refused and never freed;
+// the Handle that owns the context keeps its deliveries.
+TEST_F(NotifyTest, ContextWordsJavaForgedAreNeverUsed) {
+  jobject owner = Recorder("ExceptionRecorder");
+  ASSERT_EQ(Register("QUORIN_RegisterExceptionCallBack", handle_, owner), 0);
+  const jlong context = Long(handle_, "lExceptionCallParam");
+  jobject other = OpenReader(1);
+  SetLong(other, "lExceptionCallParam", context);
+  SetLong(other, "lAllEventCallParam", 0x5A5A5A5A);
+  SetLong(handle_, "lImageCallParam", context);
+  qsim::ClearCalls();
+  EXPECT_EQ(Register("QUORIN_RegisterExceptionCallBack", other, Recorder("ExceptionRecorder")), kBadArgument);
+  EXPECT_EQ(Register("QUORIN_RegisterAllEventCallBack", other, Recorder("EventRecorder")), kBadArgument);
+  EXPECT_EQ(Register("QUORIN_RegisterImageCallBackEx2", handle_, Recorder("ImageRecorder")), kBadArgument);
+  EXPECT_TRUE(qsim::Calls().empty());
+
+  ASSERT_EQ(CallInt("QUORIN_DestroyHandle", ("(" + kHandleSig + ")I").c_str(), other), 0);
+  EXPECT_EQ(Long(other, "lExceptionCallParam"), context);  // left as Java wrote it
+  EXPECT_EQ(Long(other, "lAllEventCallParam"), 0x5A5A5A5A);
+  ASSERT_TRUE(qsim::FireException(sdk_, 9));
+  EXPECT_EQ(Int(owner, "calls"), 1);
+  EXPECT_EQ(Int(owner, "lastMsgType"), 9);
+}
+
 // The SDK may call back on a thread the VM already knows. Such a delivery leaves the thread
 // attached, frees every local reference it made, and reports a thrown exception itself instead
 // of leaving it pending for the thread's owner.
