@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstddef>
+#include <initializer_list>
 #include <memory>
 #include <set>
 #include <vector>
@@ -12,28 +13,12 @@
 #include "acquire/frame_record.h"
 #include "fuzz_jvm.h"
 
-// The Java side as the checks read it, spelt out here rather than taken from the bridge's map.
-namespace jsig {
-constexpr const char* kString = "Ljava/lang/String;";
-constexpr const char* kByteArray = "[B";
-constexpr const char* kPixelType = "LQuorinCtrlWrapper/QuorinCtrlDefine$QuorinGvspPixelType;";
-constexpr const char* kImageType = "LQuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_IMAGE_TYPE;";
-constexpr const char* kResultBcrEx = "LQuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_RESULT_BCR_EX;";
-constexpr const char* kWaybillList = "LQuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_WAYBILL_LIST;";
-constexpr const char* kPointI = "LQuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_POINT_I;";
-constexpr const char* kCodeInfo = "LQuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_CODE_INFO;";
-}  // namespace jsig
-namespace jclassname {
-constexpr const char* kPixelType = "QuorinCtrlWrapper/QuorinCtrlDefine$QuorinGvspPixelType";
-constexpr const char* kImageType = "QuorinCtrlWrapper/QuorinCtrlDefine$QUORIN_IMAGE_TYPE";
-}  // namespace jclassname
-
 namespace {
 
 using quorin_fuzz::Jvm;
-using quorin_fuzz::StrictUtf8;
 
-const std::string kArrayListSig = "Ljava/util/ArrayList;";
+// The Java side as the checks read it, spelt out here rather than taken from the bridge's map.
+std::string Sig(const char* nested) { return "L" + quorin_test::Define(nested) + ";"; }
 
 // The SDK's records behind one frame; every block is its own allocation, so a read past a
 // list's capacity or past an image's length is caught.
@@ -55,35 +40,24 @@ unsigned int Count(FuzzedDataProvider& in, unsigned int capacity) {
   }
 }
 
-// A code text: terminated inside the array, or filling all of it with no terminator.
-void FillCodeText(FuzzedDataProvider& in, char (&code)[sizeof(QUORIN_BCR_INFO_EX::chCode)]) {
-  const bool unterminated = in.ConsumeBool();
-  const std::string text = in.ConsumeRandomLengthString(sizeof code - 1);
-  if (!unterminated) {
-    std::memcpy(code, text.c_str(), text.size() + 1);
-    return;
-  }
-  for (size_t i = 0; i < sizeof code; ++i) {
-    const char c = text.empty() ? 'A' : text[i % text.size()];
-    code[i] = c == '\0' ? '\xD6' : c;
-  }
-}
-
-// Every number of a code as the input gives it (the text's bytes are not drawn twice); the text
-// as FillCodeText makes it.
+// A code: its text terminated inside the array or filling all of it, then every number as the
+// input gives it (the text's bytes are not drawn twice).
 void FillCode(FuzzedDataProvider& in, QUORIN_BCR_INFO_EX& code) {
-  FillCodeText(in, code.chCode);
+  const bool unterminated = in.ConsumeBool();
+  const std::string text = in.ConsumeRandomLengthString(sizeof code.chCode - 1);
+  std::memcpy(code.chCode, text.c_str(), text.size() + 1);
+  for (size_t i = 0; unterminated && i < sizeof code.chCode; ++i) {
+    const char c = text.empty() ? 'A' : text[i % text.size()];
+    code.chCode[i] = c == '\0' ? '\xD6' : c;
+  }
   in.ConsumeData(&code.nID, sizeof code.nID);
   in.ConsumeData(&code.nLen, sizeof code - offsetof(QUORIN_BCR_INFO_EX, nLen));
 }
 
 void FillWaybill(FuzzedDataProvider& in, QUORIN_WAYBILL_INFO& waybill, NativeFrame& frame) {
   in.ConsumeData(&waybill, sizeof waybill);
-  if (in.ConsumeIntegralInRange(0, 7) == 0) {  // no image: the length alone, whatever it says
-    waybill.pImageWaybill = nullptr;
-    waybill.nImageLen = in.ConsumeIntegral<unsigned int>();
-    return;
-  }
+  waybill.pImageWaybill = nullptr;  // no image: the length alone, whatever it says
+  if (in.ConsumeIntegralInRange(0, 7) == 0) return;
   const std::vector<uint8_t> bytes = in.ConsumeBytes<uint8_t>(in.ConsumeIntegralInRange(0, 600));
   frame.images.emplace_back(new uint8_t[bytes.size()]);
   std::copy(bytes.begin(), bytes.end(), frame.images.back().get());
@@ -102,15 +76,17 @@ NativeFrame MakeFrame(FuzzedDataProvider& in) {
   if (in.ConsumeIntegralInRange(0, 7) != 0) {
     frame.codes.reset(new QUORIN_RESULT_BCR_EX{});
     frame.codes->nCodeNum = Count(in, QUORIN_MAX_BCR_EX_NUM);
-    const unsigned int filled = std::min<unsigned int>(frame.codes->nCodeNum, QUORIN_MAX_BCR_EX_NUM);
-    for (unsigned int i = 0; i < filled; ++i) FillCode(in, frame.codes->stBcrInfoEx[i]);
+    for (unsigned int i = 0; i < std::min<unsigned int>(frame.codes->nCodeNum, QUORIN_MAX_BCR_EX_NUM); ++i) {
+      FillCode(in, frame.codes->stBcrInfoEx[i]);
+    }
   }
   if (in.ConsumeIntegralInRange(0, 7) != 0) {
     frame.waybills.reset(new QUORIN_WAYBILL_LIST{});
     frame.waybills->nWaybillNum = Count(in, QUORIN_MAX_WAYBILL_NUM);
     frame.waybills->enWaybillImageType = in.ConsumeIntegralInRange(0u, 6u);
-    const unsigned int filled = std::min<unsigned int>(frame.waybills->nWaybillNum, QUORIN_MAX_WAYBILL_NUM);
-    for (unsigned int i = 0; i < filled; ++i) FillWaybill(in, frame.waybills->stWaybillInfo[i], frame);
+    for (unsigned int i = 0; i < std::min<unsigned int>(frame.waybills->nWaybillNum, QUORIN_MAX_WAYBILL_NUM); ++i) {
+      FillWaybill(in, frame.waybills->stWaybillInfo[i], frame);
+    }
   }
   info.pstCodeList = nullptr;
   info.pstCodeListEx = frame.codes.get();
@@ -118,66 +94,43 @@ NativeFrame MakeFrame(FuzzedDataProvider& in) {
   return frame;
 }
 
-// ---------------------------------------------------------------------------
-// Checks of the Java side against the native record.
-
-struct Word {
+// A member by its Java field name, offset and width: I 32-bit word, S 16-bit, F float bits, B flag.
+struct Member {
   const char* name;
   size_t offset;
+  char kind;
 };
-#define FRAME(field) Word{#field, offsetof(QUORIN_IMAGE_OUT_INFO_EX2, field)}
-#define CODE(field) Word{#field, offsetof(QUORIN_BCR_INFO_EX, field)}
-#define QUALITY(field) Word{#field, offsetof(QUORIN_CODE_INFO, field)}
-#define WAYBILL(field) Word{#field, offsetof(QUORIN_WAYBILL_INFO, field)}
-const Word kFrameWords[] = {FRAME(nTriggerIndex),  FRAME(nFrameNum),   FRAME(nFrameLen), FRAME(nTimeStampHigh),
-                            FRAME(nTimeStampLow),  FRAME(bFlaseTrigger), FRAME(nFocusScore), FRAME(nEventID),
-                            FRAME(nChannelID),     FRAME(nImageCost)};
-const Word kCodeWords[] = {CODE(nID),           CODE(nLen),          CODE(nBarType),           CODE(nAngle),
-                           CODE(nMainPackageId), CODE(nSubPackageId), CODE(nIDRScore),          CODE(nTotalProcCost),
-                           CODE(nTriggerTimeTvHigh), CODE(nTriggerTimeTvLow), CODE(nTriggerTimeUtvHigh),
-                           CODE(nTriggerTimeUtvLow)};
-const Word kCodeShorts[] = {CODE(sAppearCount), CODE(sPPM), CODE(sAlgoCost), CODE(sSharpness)};
-// Grades and scores at both ends and in the middle of the quality record.
-const Word kQualityGrades[] = {QUALITY(nOverQuality), QUALITY(nRMGrade), QUALITY(n1DQZGrade)};
-const Word kQualityScores[] = {QUALITY(fSCScore), QUALITY(fRMScore), QUALITY(f1DQZScore)};
-const Word kWaybillScores[] = {WAYBILL(fCenterX), WAYBILL(fCenterY), WAYBILL(fWidth),
-                               WAYBILL(fHeight),  WAYBILL(fAngle),   WAYBILL(fConfidence)};
-#undef FRAME
-#undef CODE
-#undef QUALITY
-#undef WAYBILL
+#define M(record, member, kind) Member{#member, offsetof(record, member), kind}
 
-template <typename T = uint32_t>
+template <typename T>
 T At(const void* record, size_t offset) {
   T value;
   std::memcpy(&value, static_cast<const char*>(record) + offset, sizeof value);
   return value;
 }
 
-uint32_t Bits(float value) { return At(&value, 0); }
+uint32_t Bits(float value) { return At<uint32_t>(&value, 0); }
 
-template <size_t N>
-void ExpectWords(Jvm& jvm, jobject object, const void* record, const Word (&words)[N]) {
-  for (const Word& word : words) {
-    EXPECT_EQ(static_cast<uint32_t>(jvm.Int(object, word.name)), At(record, word.offset)) << word.name;
-  }
-}
-
-template <size_t N>
-void ExpectScores(Jvm& jvm, jobject object, const void* record, const Word (&words)[N]) {
-  for (const Word& word : words) {
-    EXPECT_EQ(Bits(jvm.Float(object, word.name)), At(record, word.offset)) << word.name;
+void ExpectMembers(Jvm& jvm, jobject object, const void* record, std::initializer_list<Member> members) {
+  for (const Member& m : members) {
+    switch (m.kind) {
+      case 'I': EXPECT_EQ(static_cast<uint32_t>(jvm.Int(object, m.name)), At<uint32_t>(record, m.offset)) << m.name; break;
+      case 'S': EXPECT_EQ(static_cast<uint16_t>(jvm.Short(object, m.name)), At<uint16_t>(record, m.offset)) << m.name; break;
+      case 'F': EXPECT_EQ(Bits(jvm.Float(object, m.name)), At<uint32_t>(record, m.offset)) << m.name; break;
+      default: EXPECT_EQ(jvm.Bool(object, m.name), At<uint8_t>(record, m.offset) != 0) << m.name;
+    }
   }
 }
 
 // The SDK numbers the constants of an enumeration carry.
-std::set<uint32_t> EnumNumbers(Jvm& jvm, const char* className) {
+std::set<uint32_t> EnumNumbers(Jvm& jvm, const char* nested) {
   JNIEnv* env = jvm.env();
   ScopedLocalFrame frame(env, 64);
-  jclass cls = env->FindClass(className);
-  const std::string sig = std::string("()[L") + className + ";";
-  auto constants = static_cast<jobjectArray>(env->CallStaticObjectMethod(cls, env->GetStaticMethodID(cls, "values", sig.c_str())));
-  jvm.ExpectQuiet(className);
+  const std::string name = quorin_test::Define(nested);
+  jclass cls = env->FindClass(name.c_str());
+  auto constants = static_cast<jobjectArray>(
+      env->CallStaticObjectMethod(cls, env->GetStaticMethodID(cls, "values", ("()[L" + name + ";").c_str())));
+  jvm.ExpectQuiet(nested);
   std::set<uint32_t> numbers;
   for (jsize i = 0; i < env->GetArrayLength(constants); ++i) {
     numbers.insert(static_cast<uint32_t>(jvm.Int(env->GetObjectArrayElement(constants, i), "nValue")));
@@ -185,55 +138,60 @@ std::set<uint32_t> EnumNumbers(Jvm& jvm, const char* className) {
   return numbers;
 }
 
-// A number some constant carries selects it; any other leaves the field as it was.
-void ExpectEnum(Jvm& jvm, jobject owner, const char* field, const char* sig, const std::set<uint32_t>& numbers,
-                uint32_t number, jobject before) {
-  jobject constant = jvm.Object(owner, field, sig);
-  if (numbers.count(number) != 0) {
-    ASSERT_NE(constant, nullptr) << field << " for 0x" << std::hex << number;
-    EXPECT_EQ(static_cast<uint32_t>(jvm.Int(constant, "nValue")), number) << field;
+// A number some constant carries selects it; any other, or none, leaves the field as it was.
+void ExpectEnum(Jvm& jvm, jobject owner, const char* field, const char* nested, const uint32_t* number,
+                jobject before) {
+  static const std::set<uint32_t> kPixelTypes = EnumNumbers(jvm, "QuorinGvspPixelType");
+  static const std::set<uint32_t> kImageTypes = EnumNumbers(jvm, "QUORIN_IMAGE_TYPE");
+  const std::set<uint32_t>& numbers = std::string(nested) == "QuorinGvspPixelType" ? kPixelTypes : kImageTypes;
+  jobject constant = jvm.Object(owner, field, Sig(nested));
+  if (number != nullptr && numbers.count(*number) != 0) {
+    ASSERT_NE(constant, nullptr) << field << " for 0x" << std::hex << *number;
+    EXPECT_EQ(static_cast<uint32_t>(jvm.Int(constant, "nValue")), *number) << field;
   } else {
-    EXPECT_TRUE(jvm.env()->IsSameObject(constant, before)) << field << " changed for 0x" << std::hex << number;
+    EXPECT_TRUE(jvm.env()->IsSameObject(constant, before)) << field << " changed";
   }
 }
 
 void CheckCode(Jvm& jvm, jobject entry, const QUORIN_BCR_INFO_EX& code, OneDQuality oneDQuality) {
-  ExpectWords(jvm, entry, &code, kCodeWords);
-  for (const Word& word : kCodeShorts) {
-    EXPECT_EQ(static_cast<uint16_t>(jvm.Short(entry, word.name)), At<uint16_t>(&code, word.offset)) << word.name;
-  }
-  EXPECT_EQ(jvm.Bool(entry, "bIsGetQuality"), code.bIsGetQuality != 0);
+  using R = QUORIN_BCR_INFO_EX;
+  ExpectMembers(jvm, entry, &code,
+                {M(R, nID, 'I'), M(R, nLen, 'I'), M(R, nBarType, 'I'), M(R, nAngle, 'I'), M(R, nMainPackageId, 'I'),
+                 M(R, nSubPackageId, 'I'), M(R, nIDRScore, 'I'), M(R, nTotalProcCost, 'I'),
+                 M(R, nTriggerTimeTvHigh, 'I'), M(R, nTriggerTimeTvLow, 'I'), M(R, nTriggerTimeUtvHigh, 'I'),
+                 M(R, nTriggerTimeUtvLow, 'I'), M(R, sAppearCount, 'S'), M(R, sPPM, 'S'), M(R, sAlgoCost, 'S'),
+                 M(R, sSharpness, 'S'), M(R, bIsGetQuality, 'B')});
   // Left out, an entry keeps what its constructor gave it.
   EXPECT_EQ(static_cast<uint32_t>(jvm.Int(entry, "n1DIsGetQuality")),
             oneDQuality == OneDQuality::kWritten ? code.n1DIsGetQuality : 0u);
-  const std::pair<const char*, const QUORIN_POINT_I*> corners[] = {
-      {"stCornerLeftTop", &code.stCornerLeftTop},
-      {"stCornerRightTop", &code.stCornerRightTop},
-      {"stCornerRightBottom", &code.stCornerRightBottom},
-      {"stCornerLeftBottom", &code.stCornerLeftBottom}};
-  for (const auto& [name, point] : corners) {
-    jobject corner = jvm.Object(entry, name, jsig::kPointI);
-    EXPECT_EQ(jvm.Int(corner, "nX"), point->nX) << name;
-    EXPECT_EQ(jvm.Int(corner, "nY"), point->nY) << name;
+  for (const Member& corner : {M(R, stCornerLeftTop, 0), M(R, stCornerRightTop, 0), M(R, stCornerRightBottom, 0),
+                               M(R, stCornerLeftBottom, 0)}) {
+    ExpectMembers(jvm, jvm.Object(entry, corner.name, Sig("QUORIN_POINT_I")),
+                  reinterpret_cast<const char*>(&code) + corner.offset,
+                  {M(QUORIN_POINT_I, nX, 'I'), M(QUORIN_POINT_I, nY, 'I')});
   }
-  jobject quality = jvm.Object(entry, "stCodeQuality", jsig::kCodeInfo);
-  ExpectWords(jvm, quality, &code.stCodeQuality, kQualityGrades);
-  ExpectScores(jvm, quality, &code.stCodeQuality, kQualityScores);
+  // Grades and scores at both ends and in the middle of the quality record.
+  using Q = QUORIN_CODE_INFO;
+  ExpectMembers(jvm, jvm.Object(entry, "stCodeQuality", Sig("QUORIN_CODE_INFO")), &code.stCodeQuality,
+                {M(Q, nOverQuality, 'I'), M(Q, nRMGrade, 'I'), M(Q, n1DQZGrade, 'I'), M(Q, fSCScore, 'F'),
+                 M(Q, fRMScore, 'F'), M(Q, f1DQZScore, 'F')});
 
   // The text never reaches past its array; well-formed UTF-8 arrives byte for byte.
   const size_t length = strnlen(code.chCode, sizeof code.chCode);
-  auto text = static_cast<jstring>(jvm.Object(entry, "chCode", jsig::kString));
+  auto text = static_cast<jstring>(jvm.Object(entry, "chCode", "Ljava/lang/String;"));
   ASSERT_NE(text, nullptr);
   EXPECT_LE(static_cast<size_t>(jvm.env()->GetStringLength(text)), length);
-  if (StrictUtf8(code.chCode, length)) EXPECT_EQ(jvm.ModifiedUtf8(text), std::string(code.chCode, length));
+  if (quorin_fuzz::StrictUtf8(code.chCode, length)) EXPECT_EQ(jvm.ModifiedUtf8(text), std::string(code.chCode, length));
 }
 
 void CheckWaybill(Jvm& jvm, jobject entry, const QUORIN_WAYBILL_INFO& waybill) {
-  ExpectScores(jvm, entry, &waybill, kWaybillScores);
+  using W = QUORIN_WAYBILL_INFO;
+  ExpectMembers(jvm, entry, &waybill,
+                {M(W, fCenterX, 'F'), M(W, fCenterY, 'F'), M(W, fWidth, 'F'), M(W, fHeight, 'F'), M(W, fAngle, 'F'),
+                 M(W, fConfidence, 'F'), M(W, nImageLen, 'I')});
   const bool copied = waybill.pImageWaybill != nullptr && waybill.nImageLen <= static_cast<unsigned int>(INT_MAX);
-  EXPECT_EQ(jvm.Bytes(jvm.Object(entry, "pImageWaybill", jsig::kByteArray)),
+  EXPECT_EQ(jvm.Bytes(jvm.Object(entry, "pImageWaybill", "[B")),
             copied ? std::string(reinterpret_cast<const char*>(waybill.pImageWaybill), waybill.nImageLen) : "");
-  EXPECT_EQ(static_cast<uint32_t>(jvm.Int(entry, "nImageLen")), waybill.nImageLen);
 }
 
 // A list in Java: its count equals its size, which is the native count bounded by the capacity.
@@ -242,7 +200,7 @@ void CheckList(Jvm& jvm, jobject owner, const char* countField, const char* list
                unsigned int nativeCount, unsigned int capacity, Check check) {
   const unsigned int expected = entries ? std::min(nativeCount, capacity) : 0;
   EXPECT_EQ(static_cast<uint32_t>(jvm.Int(owner, countField)), expected) << countField;
-  jobject list = jvm.Object(owner, listField, kArrayListSig);
+  jobject list = jvm.Object(owner, listField, "Ljava/util/ArrayList;");
   ASSERT_EQ(static_cast<unsigned int>(jvm.ListSize(list)), expected) << listField;
   for (unsigned int i = 0; i < expected; ++i) {
     ScopedLocalFrame frame(jvm.env(), 64);
@@ -250,31 +208,29 @@ void CheckList(Jvm& jvm, jobject owner, const char* countField, const char* list
   }
 }
 
-struct Enums {
-  std::set<uint32_t> pixelTypes;
-  std::set<uint32_t> imageTypes;
-};
-
-void CheckFrame(Jvm& jvm, const Enums& enums, const NativeFrame& frame, jobject target, OneDQuality oneDQuality,
-                jobject pixelBefore, jobject imageTypeBefore) {
+void CheckFrame(Jvm& jvm, const NativeFrame& frame, jobject target, OneDQuality oneDQuality, jobject pixelBefore,
+                jobject imageTypeBefore) {
   ScopedLocalFrame locals(jvm.env(), 256);
   const QUORIN_IMAGE_OUT_INFO_EX2& info = frame.info;
-  EXPECT_EQ(static_cast<uint16_t>(jvm.Short(target, "nWidth")), info.nWidth);
-  EXPECT_EQ(static_cast<uint16_t>(jvm.Short(target, "nHeight")), info.nHeight);
-  EXPECT_EQ(jvm.Bool(target, "bIsGetCode"), info.bIsGetCode != 0);
-  ExpectWords(jvm, target, &info, kFrameWords);
-  ExpectEnum(jvm, target, "enPixelType", jsig::kPixelType, enums.pixelTypes, info.enPixelType, pixelBefore);
+  using E = QUORIN_IMAGE_OUT_INFO_EX2;
+  ExpectMembers(jvm, target, &info,
+                {M(E, nWidth, 'S'), M(E, nHeight, 'S'), M(E, bIsGetCode, 'B'), M(E, nTriggerIndex, 'I'),
+                 M(E, nFrameNum, 'I'), M(E, nFrameLen, 'I'), M(E, nTimeStampHigh, 'I'), M(E, nTimeStampLow, 'I'),
+                 M(E, bFlaseTrigger, 'I'), M(E, nFocusScore, 'I'), M(E, nEventID, 'I'), M(E, nChannelID, 'I'),
+                 M(E, nImageCost, 'I')});
+  const uint32_t pixelType = info.enPixelType;
+  ExpectEnum(jvm, target, "enPixelType", "QuorinGvspPixelType", &pixelType, pixelBefore);
 
-  jobject codes = jvm.Object(target, "pstCodeListEx", jsig::kResultBcrEx);
-  CheckList(jvm, codes, "nCodeNum", "stBcrInfoEx", info.pstCodeListEx ? info.pstCodeListEx->stBcrInfoEx : nullptr,
-            info.pstCodeListEx ? info.pstCodeListEx->nCodeNum : 0, QUORIN_MAX_BCR_EX_NUM,
+  const QUORIN_RESULT_BCR_EX* codes = info.pstCodeListEx;
+  CheckList(jvm, jvm.Object(target, "pstCodeListEx", Sig("QUORIN_RESULT_BCR_EX")), "nCodeNum", "stBcrInfoEx",
+            codes ? codes->stBcrInfoEx : nullptr, codes ? codes->nCodeNum : 0, QUORIN_MAX_BCR_EX_NUM,
             [&](jobject entry, const QUORIN_BCR_INFO_EX& code) { CheckCode(jvm, entry, code, oneDQuality); });
 
-  jobject waybills = jvm.Object(target, "pstWaybillList", jsig::kWaybillList);
+  jobject waybills = jvm.Object(target, "pstWaybillList", Sig("QUORIN_WAYBILL_LIST"));
   const QUORIN_WAYBILL_LIST* list = info.pstWaybillList;
   // Without a native list the image type stays as it was.
-  ExpectEnum(jvm, waybills, "enWaybillImageType", jsig::kImageType, list ? enums.imageTypes : std::set<uint32_t>{},
-             list ? list->enWaybillImageType : 0, imageTypeBefore);
+  ExpectEnum(jvm, waybills, "enWaybillImageType", "QUORIN_IMAGE_TYPE", list ? &list->enWaybillImageType : nullptr,
+             imageTypeBefore);
   CheckList(jvm, waybills, "nWaybillNum", "stWaybillInfo", list ? list->stWaybillInfo : nullptr,
             list ? list->nWaybillNum : 0, QUORIN_MAX_WAYBILL_NUM,
             [&](jobject entry, const QUORIN_WAYBILL_INFO& waybill) { CheckWaybill(jvm, entry, waybill); });
@@ -285,7 +241,6 @@ void CheckFrame(Jvm& jvm, const Enums& enums, const NativeFrame& frame, jobject 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Jvm& jvm = Jvm::Instance();
   JNIEnv* env = jvm.env();
-  static const Enums enums{EnumNumbers(jvm, jclassname::kPixelType), EnumNumbers(jvm, jclassname::kImageType)};
   // One object refilled by every conversion, as the image callback's is, beside fresh ones.
   static jobject reused = env->NewGlobalRef(jvm.NewDefine("QUORIN_IMAGE_OUT_INFO_EX2"));
 
@@ -296,9 +251,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
   ScopedLocalFrame locals(env, 16);
   jobject target = fresh ? jvm.NewDefine("QUORIN_IMAGE_OUT_INFO_EX2") : reused;
-  jobject pixelBefore = jvm.Object(target, "enPixelType", jsig::kPixelType);
-  jobject waybillsBefore = jvm.Object(target, "pstWaybillList", jsig::kWaybillList);
-  jobject imageTypeBefore = jvm.Object(waybillsBefore, "enWaybillImageType", jsig::kImageType);
+  jobject pixelBefore = jvm.Object(target, "enPixelType", Sig("QuorinGvspPixelType"));
+  jobject imageTypeBefore =
+      jvm.Object(jvm.Object(target, "pstWaybillList", Sig("QUORIN_WAYBILL_LIST")), "enWaybillImageType",
+                 Sig("QUORIN_IMAGE_TYPE"));
   {
     // The checker warns once a frame holds 32 references more than it asked for: a frame of
     // one makes a list that keeps a reference per entry stand out.
@@ -307,7 +263,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     FillImageOutInfoEx2(env, frame.info, target, classes.get(), oneDQuality);
     jvm.ExpectQuiet("FillImageOutInfoEx2");
   }
-  CheckFrame(jvm, enums, frame, target, oneDQuality, pixelBefore, imageTypeBefore);
+  CheckFrame(jvm, frame, target, oneDQuality, pixelBefore, imageTypeBefore);
   jvm.ExpectQuiet("the checks");
   return 0;
 }
