@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -31,11 +30,6 @@ Bytes BytesOf(const Record& record) {
 }
 
 inline std::string TempPath(const std::string& name) { return testing::TempDir() + "qsim-" + name; }
-
-inline Bytes ReadFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return Bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-}
 
 inline QUORIN_BCR_INFO_EX CodeWithText(unsigned int id, const std::string& text) {
   QUORIN_BCR_INFO_EX code{};
