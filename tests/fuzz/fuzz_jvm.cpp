@@ -47,11 +47,8 @@ Jvm& Jvm::Instance() {
 
 std::string Jvm::Bytes(jobject array) {
   EXPECT_NE(array, nullptr);
-  if (array == nullptr) return "";
-  auto bytes = static_cast<jbyteArray>(array);
-  std::string result(static_cast<size_t>(env_->GetArrayLength(bytes)), '\0');
-  env_->GetByteArrayRegion(bytes, 0, static_cast<jsize>(result.size()), reinterpret_cast<jbyte*>(result.data()));
-  return result;
+  const std::vector<unsigned char> bytes = JvmTest::Bytes(array);
+  return std::string(bytes.begin(), bytes.end());
 }
 
 std::string Jvm::ModifiedUtf8(jstring text) {
@@ -65,8 +62,7 @@ std::string Jvm::ModifiedUtf8(jstring text) {
 
 void Jvm::ExpectQuiet(const char* after) {
   std::string message;
-  const std::string pending = TakeException(&message);
-  EXPECT_EQ(pending, "") << after << ": " << message;
+  EXPECT_EQ(TakeException(&message), "") << after << ": " << message;
   char buffer[4096];
   ssize_t got;
   while ((got = read(checkerOutput_, buffer, sizeof buffer)) > 0) {
@@ -83,28 +79,15 @@ void Jvm::ExpectQuiet(const char* after) {
 
 bool StrictUtf8(const char* text, size_t length) {
   const auto* p = reinterpret_cast<const unsigned char*>(text);
-  size_t i = 0;
-  while (i < length) {
-    const unsigned char lead = p[i];
-    if (lead < 0x80) {
-      ++i;
-      continue;
-    }
-    size_t more;
-    unsigned char low = 0x80, high = 0xBF;  // range of the byte after the lead
-    if (lead >= 0xC2 && lead <= 0xDF) {
-      more = 1;
-    } else if (lead >= 0xE0 && lead <= 0xEF) {
-      more = 2;
-      if (lead == 0xE0) low = 0xA0;   // shorter forms exist
-      if (lead == 0xED) high = 0x9F;  // surrogates
-    } else {
-      return false;
-    }
-    if (length - i <= more) return false;
-    if (p[i + 1] < low || p[i + 1] > high) return false;
+  for (size_t i = 0; i < length; ++i) {
+    if (p[i] < 0x80) continue;
+    if (p[i] < 0xC2 || p[i] > 0xEF) return false;
+    const size_t more = p[i] >= 0xE0 ? 2 : 1;
+    // Ranges of the byte after the lead: E0 has shorter forms below A0, ED's above 9F are surrogates.
+    const unsigned char low = p[i] == 0xE0 ? 0xA0 : 0x80, high = p[i] == 0xED ? 0x9F : 0xBF;
+    if (length - i <= more || p[i + 1] < low || p[i + 1] > high) return false;
     if (more == 2 && (p[i + 2] & 0xC0) != 0x80) return false;
-    i += more + 1;
+    i += more;
   }
   return true;
 }

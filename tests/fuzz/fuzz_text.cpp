@@ -15,15 +15,6 @@ using quorin_fuzz::StrictUtf8;
 
 constexpr char kUntouched = '\x5A';
 
-// Bytes in a heap block of exactly their size plus the terminator, so any read past it is caught.
-std::vector<char> Terminated(const uint8_t* data, size_t size) {
-  std::vector<char> text(data, data + size);
-  text.push_back('\0');
-  return text;
-}
-
-size_t SequenceLength(unsigned char lead) { return lead >= 0xE0 ? 3 : 2; }
-
 // The copy of the prefix, checked byte by byte against what the UTF-8 test says of the same text.
 void CheckPrefixCopy(const std::vector<char>& text, unsigned int len) {
   const size_t bound = std::min<size_t>(text.size() - 1, len);
@@ -53,7 +44,7 @@ void CheckPrefixCopy(const std::vector<char>& text, unsigned int len) {
     if (k < bound) {
       const auto lead = static_cast<unsigned char>(text[k]);
       EXPECT_TRUE(lead >= 0xC0 && lead <= 0xEF) << "stopped at " << k << " of an accepted text";
-      EXPECT_LT(bound - k, SequenceLength(lead));
+      EXPECT_LT(bound - k, lead >= 0xE0 ? 3u : 2u);
     }
   } else {
     EXPECT_LT(k, bound) << "a refused text copied whole";
@@ -74,11 +65,6 @@ void CheckDeviceText(Jvm& jvm, const std::vector<char>& text) {
   std::vector<char> out(length + 1, '\0');
   const auto kept = static_cast<size_t>(MultiByteToUTFchar(out.data(), text.data(), length));
   if (StrictUtf8(text.data(), kept)) EXPECT_EQ(jvm.ModifiedUtf8(result), std::string(text.data(), kept));
-}
-
-jmethodID StringMethod(JNIEnv* env, const char* name, const char* sig) {
-  ScopedLocalRef<jclass> string(env, env->FindClass("java/lang/String"));
-  return env->GetMethodID(string.get(), name, sig);
 }
 
 // Text of ASCII and first-level GB2312 characters (rows 0xB0-0xD6, all assigned): one Java
@@ -110,17 +96,16 @@ void CheckGbk(Jvm& jvm, const uint8_t* data, size_t size) {
       ASSERT_TRUE(chars[i] >= 0x4E00 && chars[i] <= 0x9FA5) << "at " << i << ": U+" << std::hex << chars[i];
     }
   }
-  static jmethodID getBytes = StringMethod(env, "getBytes", "(Ljava/lang/String;)[B");
-  static jmethodID equals = StringMethod(env, "equals", "(Ljava/lang/Object;)Z");
-  jobject charset = env->NewStringUTF("GBK");
-  jobject encoded = env->CallObjectMethod(decoded, getBytes, charset);
+  ScopedLocalRef<jclass> string(env, env->FindClass("java/lang/String"));
+  jobject encoded = env->CallObjectMethod(
+      decoded, env->GetMethodID(string.get(), "getBytes", "(Ljava/lang/String;)[B"), env->NewStringUTF("GBK"));
   jvm.ExpectQuiet("String.getBytes");
   EXPECT_EQ(jvm.Bytes(encoded), std::string(gbk.data(), gbk.size() - 1));
   // The same text as a device text is decoded the same way unless it also reads as UTF-8.
   if (!IsStrUTF8(gbk.data(), static_cast<int>(gbk.size() - 1))) {
     jstring device = DeviceTextToJava(env, gbk.data());
     jvm.ExpectQuiet("DeviceTextToJava of GBK");
-    EXPECT_TRUE(env->CallBooleanMethod(decoded, equals, device));
+    EXPECT_TRUE(env->CallBooleanMethod(decoded, env->GetMethodID(string.get(), "equals", "(Ljava/lang/Object;)Z"), device));
     jvm.ExpectQuiet("String.equals");
   }
 }
@@ -128,8 +113,10 @@ void CheckGbk(Jvm& jvm, const uint8_t* data, size_t size) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  const size_t textLength = std::find(data, data + size, 0) - data;
-  const std::vector<char> text = Terminated(data, textLength);
+  // A heap block of exactly the text and its terminator, so any read past it is caught.
+  std::vector<char> text(data, std::find(data, data + size, 0));
+  const size_t textLength = text.size();
+  text.push_back('\0');
   for (unsigned int len : {static_cast<unsigned int>(textLength), static_cast<unsigned int>(textLength / 2), UINT_MAX}) {
     CheckPrefixCopy(text, len);
   }
