@@ -38,27 +38,23 @@ struct Heard {
     std::lock_guard<std::mutex> lock(mutex);
     return images.size();
   }
-  void AwaitImages(size_t count) {
-    while (ImageCount() < count) std::this_thread::yield();
-  }
+  void AwaitImages(size_t count) { while (ImageCount() < count) std::this_thread::yield(); }
 };
 
-Heard& HeardBy(void* user) { return *static_cast<Heard*>(user); }
-
 void HearException(unsigned int type, void* user) {
-  Heard& heard = HeardBy(user);
+  Heard& heard = *static_cast<Heard*>(user);
   heard.Record("exception", [&] { heard.exceptions.push_back(type); });
 }
 void HearEvent(QUORIN_EVENT_OUT_INFO* event, void* user) {
-  Heard& heard = HeardBy(user);
+  Heard& heard = *static_cast<Heard*>(user);
   heard.Record(event->EventName, [&] { heard.eventData.emplace_back(event->pEventData, event->pEventData + event->nEventDataSize); });
 }
 void HearTrigger(QUORIN_TRIGGER_INFO_DATA* trigger, void* user) {
-  Heard& heard = HeardBy(user);
+  Heard& heard = *static_cast<Heard*>(user);
   heard.Record("trigger", [&] { heard.triggers.push_back(*trigger); });
 }
 void HearImage(unsigned char* data, QUORIN_IMAGE_OUT_INFO_EX2* info, void* user) {
-  Heard& heard = HeardBy(user);
+  Heard& heard = *static_cast<Heard*>(user);
   heard.Record("frame", [&] {
     heard.frameNumbers.push_back(info->nFrameNum);
     heard.images.emplace_back(data, data + info->nFrameLen);  // the record's pointers hold for the call
