@@ -2,6 +2,7 @@
 // travel with visible progress, and firmware upgrades run to a hundred and change the version.
 #include <atomic>
 #include <cstdio>
+#include <iterator>
 #include <set>
 #include <thread>
 
@@ -104,6 +105,10 @@ TEST_F(StandInTest, DeviceFileWriteShowsItsProgressToAnotherThread) {
   }
   EXPECT_FALSE(midway.empty()) << seen.size() << " samples";
   EXPECT_EQ((std::make_pair(40000LL, 40000LL)), seen.back());
+  access.pDevFileName = "DeviceLog";  // kept from the start, naming the model
+  ASSERT_EQ(0, QUORIN_FileAccessRead(handle, &access));
+  std::ifstream log(upload);
+  EXPECT_NE(std::string::npos, std::string(std::istreambuf_iterator<char>(log), {}).find("QR-2020-2D"));
   std::remove(upload.c_str());
 
   access.pDevFileName = "NoSuchFile";
