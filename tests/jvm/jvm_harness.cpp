@@ -81,6 +81,13 @@ jobject JvmTest::CallObject(const char* method, const char* sig, ...) { QUORIN_C
 bool JvmTest::CallBoolean(const char* method, const char* sig, ...) { QUORIN_CALL_STATIC(Boolean, method, sig); }
 #undef QUORIN_CALL_STATIC
 
+jint JvmTest::OnHandle(const char* method, jobject handle) {
+  return CallInt(method, ("(" + kHandleSig + ")I").c_str(), handle);
+}
+jint JvmTest::Register(const char* method, jobject handle, jobject callback) {
+  return CallInt(method, ("(" + kHandleSig + "Ljava/lang/Object;)I").c_str(), handle, callback);
+}
+
 jobject JvmTest::New(const std::string& className) {
   jclass cls = env_->FindClass(className.c_str());
   EXPECT_NE(cls, nullptr) << className;
@@ -158,12 +165,16 @@ jobject JvmTest::Constant(const char* enumClass, const char* name) {
   return env_->GetStaticObjectField(cls, env_->GetStaticFieldID(cls, name, ("L" + className + ";").c_str()));
 }
 
-std::string JvmTest::EnumName(jobject constant) {
-  if (constant == nullptr) return "<null>";
-  jobject name = env_->CallObjectMethod(
-      constant, env_->GetMethodID(env_->FindClass("java/lang/Enum"), "name", "()Ljava/lang/String;"));
+std::string JvmTest::Text(jobject obj, const char* cls, const char* method) {
+  jclass declaring = env_->FindClass(cls);
+  jobject text = env_->CallObjectMethod(obj, env_->GetMethodID(declaring, method, "()Ljava/lang/String;"));
   Checked();
-  return Utf8(static_cast<jstring>(name));
+  env_->DeleteLocalRef(declaring);
+  return Utf8(static_cast<jstring>(text));
+}
+
+std::string JvmTest::EnumName(jobject constant) {
+  return constant == nullptr ? "<null>" : Text(constant, "java/lang/Enum", "name");
 }
 
 std::vector<unsigned char> JvmTest::Bytes(jobject array) {
@@ -184,19 +195,8 @@ std::string JvmTest::TakeException(std::string* message) {
   jthrowable thrown = env_->ExceptionOccurred();
   if (thrown == nullptr) return "";
   env_->ExceptionClear();
-  jclass cls = env_->GetObjectClass(thrown);
-  jclass classClass = env_->FindClass("java/lang/Class");
-  jmethodID getName = env_->GetMethodID(classClass, "getName", "()Ljava/lang/String;");
-  jobject name = env_->CallObjectMethod(cls, getName);
-  Checked();
-  if (message != nullptr) {
-    jclass throwable = env_->FindClass("java/lang/Throwable");
-    jmethodID toString = env_->GetMethodID(throwable, "toString", "()Ljava/lang/String;");
-    jobject text = env_->CallObjectMethod(thrown, toString);
-    Checked();
-    *message = Utf8(static_cast<jstring>(text));
-  }
-  return Utf8(static_cast<jstring>(name));
+  if (message != nullptr) *message = Text(thrown, "java/lang/Throwable", "toString");
+  return Text(env_->GetObjectClass(thrown), "java/lang/Class", "getName");
 }
 
 jobject JvmTest::OpenReader(int index, bool open) {
@@ -205,7 +205,7 @@ jobject JvmTest::OpenReader(int index, bool open) {
   jobject handle = CallObject("QUORIN_CreateHandle", sig.c_str(), ListGet(devices, index));
   EXPECT_NE(handle, nullptr);
   if (open && handle != nullptr) {
-    EXPECT_EQ(CallInt("QUORIN_OpenDevice", ("(" + kHandleSig + ")I").c_str(), handle), 0);
+    EXPECT_EQ(OnHandle("QUORIN_OpenDevice", handle), 0);
   }
   return handle;
 }
@@ -214,7 +214,7 @@ jobject JvmTest::GrabbingPushedFrames(int reader, long long payload) {
   jobject handle = OpenReader(reader);
   qsim::SetAutoFrames(false);
   qsim::SetIntNode(SdkHandle(handle), "PayloadSize", payload, 0, payload, 1, qsim::Access::kReadOnly);
-  EXPECT_EQ(CallInt("QUORIN_StartGrabbing", ("(" + kHandleSig + ")I").c_str(), handle), 0);
+  EXPECT_EQ(OnHandle("QUORIN_StartGrabbing", handle), 0);
   return handle;
 }
 
@@ -223,19 +223,22 @@ void* JvmTest::SdkHandle(jobject handle, const char* field) {
 }
 
 int JvmTest::ListSize(jobject list) {
-  jclass cls = env_->FindClass("java/util/ArrayList");
-  const int size = env_->CallIntMethod(list, env_->GetMethodID(cls, "size", "()I"));
+  const int size = env_->CallIntMethod(list, ListMethod("size", "()I"));
   Checked();
-  env_->DeleteLocalRef(cls);
   return size;
 }
 
 jobject JvmTest::ListGet(jobject list, int index) {
-  jclass cls = env_->FindClass("java/util/ArrayList");
-  jobject item = env_->CallObjectMethod(list, env_->GetMethodID(cls, "get", "(I)Ljava/lang/Object;"), index);
+  jobject item = env_->CallObjectMethod(list, ListMethod("get", "(I)Ljava/lang/Object;"), index);
   Checked();
-  env_->DeleteLocalRef(cls);
   return item;
+}
+
+jmethodID JvmTest::ListMethod(const char* name, const char* sig) {
+  jclass cls = env_->FindClass("java/util/ArrayList");
+  jmethodID method = env_->GetMethodID(cls, name, sig);
+  env_->DeleteLocalRef(cls);
+  return method;
 }
 
 namespace {

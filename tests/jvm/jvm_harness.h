@@ -41,6 +41,9 @@ class JvmTest : public testing::Test {
   jint CallInt(const char* method, const char* sig, ...);
   jobject CallObject(const char* method, const char* sig, ...);
   bool CallBoolean(const char* method, const char* sig, ...);
+  // The natives of shape (Handle)I and (Handle, Object callback)I.
+  jint OnHandle(const char* method, jobject handle);
+  jint Register(const char* method, jobject handle, jobject callback);
 
   jobject New(const std::string& className);  // no-argument constructor
   jobject NewDefine(const char* nested) { return New(Define(nested)); }
@@ -69,6 +72,8 @@ class JvmTest : public testing::Test {
   jbyteArray ArrayOf(const std::vector<unsigned char>& bytes);
 
   std::string Utf8(jstring text);
+  // A no-argument String method of `obj` declared by class `cls`: Text(e, "java/lang/Throwable", "toString").
+  std::string Text(jobject obj, const char* cls, const char* method);
   // Class name of the pending exception ("" when none); the exception is cleared.
   std::string TakeException(std::string* message = nullptr);
   int ListSize(jobject list);
@@ -88,6 +93,7 @@ class JvmTest : public testing::Test {
 
  private:
   jclass Ctrl();
+  jmethodID ListMethod(const char* name, const char* sig);
   jfieldID Field(jobject obj, const char* field, const char* sig);
 };
 
