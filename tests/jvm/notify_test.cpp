@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <memory>
+#include <tuple>
 
 #include "QuorinSim.h"
 #include "jvm_harness.h"
@@ -18,10 +19,14 @@ class NotifyTest : public JvmTest {
     handle_ = OpenReader(0);
     sdk_ = SdkHandle(handle_);
   }
-  jint Register(const char* method, jobject handle, jobject callback) {
-    return CallInt(method, ("(" + kHandleSig + "Ljava/lang/Object;)I").c_str(), handle, callback);
-  }
   jobject Recorder(const char* name) { return New(std::string("QuorinTest/") + name); }
+  jobject Record(jobject recorder, const char* which) { return Object(recorder, which, "Ljava/lang/Object;"); }
+  jobject Probe(const char* method, const char* sig, jobject arg) {
+    jclass probes = env_->FindClass("QuorinTest/Probes");
+    jobject result = env_->CallStaticObjectMethod(probes, env_->GetStaticMethodID(probes, method, sig), arg);
+    Checked();
+    return result;
+  }
   jlong ThisThreadId() {
     jclass probes = env_->FindClass("QuorinTest/Probes");
     const jlong id = env_->CallStaticLongMethod(probes, env_->GetStaticMethodID(probes, "currentThreadId", "()J"));
@@ -30,77 +35,60 @@ class NotifyTest : public JvmTest {
   }
   // A weak reference to `target`; the caller's own local reference to it is dropped.
   jobject Weakly(jobject target) {
-    jclass probes = env_->FindClass("QuorinTest/Probes");
-    jobject ref = env_->CallStaticObjectMethod(
-        probes, env_->GetStaticMethodID(probes, "weakly", "(Ljava/lang/Object;)Ljava/lang/ref/WeakReference;"), target);
-    Checked();
+    jobject ref = Probe("weakly", "(Ljava/lang/Object;)Ljava/lang/ref/WeakReference;", target);
     env_->DeleteLocalRef(target);
     return ref;
   }
+  // Whether the target is still reachable after full collections.
   bool Survives(jobject weak) {
-    jclass probes = env_->FindClass("QuorinTest/Probes");
-    const bool alive = env_->CallStaticBooleanMethod(
-        probes, env_->GetStaticMethodID(probes, "survivesCollection", "(Ljava/lang/ref/WeakReference;)Z"), weak);
-    Checked();
-    return alive;
+    return Probe("afterCollection", "(Ljava/lang/ref/WeakReference;)Ljava/lang/Object;", weak) != nullptr;
   }
   jobject handle_ = nullptr;
   void* sdk_ = nullptr;
 };
 
-TEST_F(NotifyTest, ExceptionMessagesReachJavaOnAnSdkThread) {
-  jobject recorder = Recorder("ExceptionRecorder");
-  // A null callback with nothing registered clears the SDK's side and makes no context.
-  EXPECT_EQ(Register("QUORIN_RegisterExceptionCallBack", handle_, nullptr), 0);
+constexpr const char* kOnException = "QUORIN_RegisterExceptionCallBack";
+constexpr const char* kOnEvent = "QUORIN_RegisterAllEventCallBack";
+constexpr const char* kOnTrigger = "QUORIN_RegisterTriggerCallBack";
+constexpr const char* kOnImage = "QUORIN_RegisterImageCallBackEx2";
+
+// Deliveries reach the last callback registered, on an SDK thread; re-registering reuses the
+// context and keeps the earlier callback alive; a callback that throws or lacks the method is
+// survived; unregistering clears only the SDK's side.
+TEST_F(NotifyTest, ExceptionsReachTheLastRegisteredCallbackOnAnSdkThread) {
+  // A null callback with nothing registered makes no context.
+  EXPECT_EQ(Register(kOnException, handle_, nullptr), 0);
   EXPECT_EQ(Long(handle_, "lExceptionCallParam"), 0);
   EXPECT_FALSE(qsim::FireException(sdk_, 1));
 
-  ASSERT_EQ(Register("QUORIN_RegisterExceptionCallBack", handle_, recorder), 0);
-  EXPECT_NE(Long(handle_, "lExceptionCallParam"), 0);
+  jobject thrower = Recorder("ThrowingCallback");
+  ASSERT_EQ(Register(kOnException, handle_, thrower), 0);
+  const jlong context = Long(handle_, "lExceptionCallParam");
+  EXPECT_NE(context, 0);
+  EXPECT_TRUE(qsim::FireException(sdk_, 1));
+  EXPECT_TRUE(qsim::FireException(sdk_, 2));
+  EXPECT_EQ(Int(thrower, "calls"), 2);
+  ASSERT_EQ(Register(kOnException, handle_, Str("not a callback")), 0);
+  EXPECT_TRUE(qsim::FireException(sdk_, 3));  // delivered to nothing
+
+  jobject recorder = Recorder("ExceptionRecorder");
+  ASSERT_EQ(Register(kOnException, handle_, recorder), 0);
+  EXPECT_EQ(Long(handle_, "lExceptionCallParam"), context);
   ASSERT_TRUE(qsim::FireException(sdk_, 0x80000001u));
   EXPECT_EQ(Int(recorder, "calls"), 1);
   EXPECT_EQ(Int(recorder, "lastMsgType"), -2147483647);  // the same 32 bits
   EXPECT_NE(Long(recorder, "threadId"), ThisThreadId());
-}
+  EXPECT_EQ(Int(thrower, "calls"), 2);
+  EXPECT_TRUE(Survives(Weakly(thrower)));  // a delivery under way may still hold it
 
-TEST_F(NotifyTest, ReRegistrationReusesTheContextAndKeepsTheOldCallbackAlive) {
-  jobject first = Recorder("ExceptionRecorder");
-  ASSERT_EQ(Register("QUORIN_RegisterExceptionCallBack", handle_, first), 0);
-  const jlong context = Long(handle_, "lExceptionCallParam");
-  jobject second = Recorder("ExceptionRecorder");
-  ASSERT_EQ(Register("QUORIN_RegisterExceptionCallBack", handle_, second), 0);
-  EXPECT_EQ(Long(handle_, "lExceptionCallParam"), context);
-  ASSERT_TRUE(qsim::FireException(sdk_, 7));
-  EXPECT_EQ(Int(first, "calls"), 0);
-  EXPECT_EQ(Int(second, "calls"), 1);
-  // The earlier reference is deliberately left alive.
-  EXPECT_TRUE(Survives(Weakly(first)));
-
-  // Unregistering clears only the SDK's side; the context stays for the next registration.
-  EXPECT_EQ(Register("QUORIN_RegisterExceptionCallBack", handle_, nullptr), 0);
+  EXPECT_EQ(Register(kOnException, handle_, nullptr), 0);
   EXPECT_FALSE(qsim::FireException(sdk_, 7));
   EXPECT_EQ(Long(handle_, "lExceptionCallParam"), context);
 }
 
-TEST_F(NotifyTest, CallbacksThatThrowOrLackTheMethodDoNotHurtTheProcess) {
-  jobject thrower = New("QuorinTest/ThrowingCallback");
-  ASSERT_EQ(Register("QUORIN_RegisterExceptionCallBack", handle_, thrower), 0);
-  EXPECT_TRUE(qsim::FireException(sdk_, 1));
-  EXPECT_TRUE(qsim::FireException(sdk_, 2));
-  EXPECT_EQ(Int(thrower, "calls"), 2);
-
-  ASSERT_EQ(Register("QUORIN_RegisterExceptionCallBack", handle_, Str("not a callback")), 0);
-  EXPECT_TRUE(qsim::FireException(sdk_, 3));  // delivered to nothing
-
-  jobject recorder = Recorder("ExceptionRecorder");
-  ASSERT_EQ(Register("QUORIN_RegisterExceptionCallBack", handle_, recorder), 0);
-  EXPECT_TRUE(qsim::FireException(sdk_, 4));
-  EXPECT_EQ(Int(recorder, "lastMsgType"), 4);
-}
-
-TEST_F(NotifyTest, EventsFillOneReusedRecord) {
+TEST_F(NotifyTest, EventsFillOneReusedRecordOnAnSdkThread) {
   jobject recorder = Recorder("EventRecorder");
-  ASSERT_EQ(Register("QUORIN_RegisterAllEventCallBack", handle_, recorder), 0);
+  ASSERT_EQ(Register(kOnEvent, handle_, recorder), 0);
   QUORIN_EVENT_OUT_INFO event{};
   std::strcpy(event.EventName, "AcquisitionStart");
   event.nEventID = 0xFFFF;
@@ -108,45 +96,34 @@ TEST_F(NotifyTest, EventsFillOneReusedRecord) {
   event.nBlockIdLow = 0x80000000;
   event.nTimestampHigh = 12;
   ASSERT_TRUE(qsim::FireEvent(sdk_, event, {1, 2, 3, 4, 5, 6, 7, 8}));
-  EXPECT_EQ(String(recorder, "name"), "AcquisitionStart");
-  EXPECT_EQ(Short(recorder, "eventId"), -1);
-  EXPECT_EQ(Short(recorder, "streamChannel"), 2);
-  EXPECT_EQ(Int(recorder, "blockIdLow"), static_cast<jint>(0x80000000u));
-  EXPECT_EQ(Int(recorder, "timestampHigh"), 12);
-  EXPECT_EQ(Int(recorder, "dataSize"), 8);
-  EXPECT_EQ(Bytes(Object(recorder, "data", "[B")), (std::vector<unsigned char>{1, 2, 3, 4, 5, 6, 7, 8}));
+  jobject record = Record(recorder, "lastRecord");
+  EXPECT_EQ(String(record, "EventName"), "AcquisitionStart");
+  EXPECT_EQ(Short(record, "nEventID"), -1);
+  EXPECT_EQ(Short(record, "nStreamChannel"), 2);
+  EXPECT_EQ(Int(record, "nBlockIdLow"), static_cast<jint>(0x80000000u));
+  EXPECT_EQ(Int(record, "nTimestampHigh"), 12);
+  EXPECT_EQ(Int(record, "nEventDataSize"), 8);
+  EXPECT_EQ(Bytes(Object(record, "pEventData", "[B")), (std::vector<unsigned char>{1, 2, 3, 4, 5, 6, 7, 8}));
+  EXPECT_NE(Long(recorder, "threadId"), ThisThreadId());
 
   std::strcpy(event.EventName, "AcquisitionEnd");
   ASSERT_TRUE(qsim::FireEvent(sdk_, event, {}));
-  EXPECT_EQ(String(recorder, "name"), "AcquisitionEnd");
-  EXPECT_EQ(Int(recorder, "dataSize"), 0);
-  ASSERT_NE(Object(recorder, "data", "[B"), nullptr);  // an empty array, not null
-  EXPECT_EQ(Bytes(Object(recorder, "data", "[B")).size(), 0u);
-  EXPECT_TRUE(env_->IsSameObject(Object(recorder, "firstRecord", "Ljava/lang/Object;"),
-                                 Object(recorder, "lastRecord", "Ljava/lang/Object;")));
+  ASSERT_TRUE(env_->IsSameObject(Record(recorder, "lastRecord"), record));
+  EXPECT_EQ(String(record, "EventName"), "AcquisitionEnd");
+  EXPECT_EQ(Int(record, "nEventDataSize"), 0);
+  ASSERT_NE(Object(record, "pEventData", "[B"), nullptr);  // an empty array, not null
+  EXPECT_EQ(Bytes(Object(record, "pEventData", "[B")).size(), 0u);
 
   // A new registration keeps the record made by earlier deliveries.
   jobject next = Recorder("EventRecorder");
-  ASSERT_EQ(Register("QUORIN_RegisterAllEventCallBack", handle_, next), 0);
+  ASSERT_EQ(Register(kOnEvent, handle_, next), 0);
   ASSERT_TRUE(qsim::FireEvent(sdk_, event, {9}));
-  EXPECT_TRUE(env_->IsSameObject(Object(next, "lastRecord", "Ljava/lang/Object;"),
-                                 Object(recorder, "firstRecord", "Ljava/lang/Object;")));
-}
-
-TEST_F(NotifyTest, GrabbingReportsStartAndEndEvents) {
-  jobject recorder = Recorder("EventRecorder");
-  ASSERT_EQ(Register("QUORIN_RegisterAllEventCallBack", handle_, recorder), 0);
-  qsim::SetAutoFrames(false);
-  ASSERT_EQ(CallInt("QUORIN_StartGrabbing", ("(" + kHandleSig + ")I").c_str(), handle_), 0);
-  ASSERT_EQ(CallInt("QUORIN_StopGrabbing", ("(" + kHandleSig + ")I").c_str(), handle_), 0);
-  EXPECT_EQ(Int(recorder, "calls"), 2);
-  EXPECT_EQ(String(recorder, "name"), "AcquisitionEnd");
-  EXPECT_NE(Long(recorder, "threadId"), ThisThreadId());
+  EXPECT_TRUE(env_->IsSameObject(Record(next, "lastRecord"), record));
 }
 
 TEST_F(NotifyTest, TriggerNoticesCarryTheirWordsAsTheyAre) {
   jobject recorder = Recorder("TriggerRecorder");
-  ASSERT_EQ(Register("QUORIN_RegisterTriggerCallBack", handle_, recorder), 0);
+  ASSERT_EQ(Register(kOnTrigger, handle_, recorder), 0);
   QUORIN_TRIGGER_INFO_DATA trigger{};
   trigger.nTriggerIndex = 41;
   trigger.nTriggerTimeLow = 0xFFFFFFFE;
@@ -157,61 +134,55 @@ TEST_F(NotifyTest, TriggerNoticesCarryTheirWordsAsTheyAre) {
   trigger.nTriggerIndex = 42;
   ASSERT_TRUE(qsim::FireTrigger(sdk_, trigger));
   EXPECT_EQ(Int(recorder, "calls"), 2);
-  EXPECT_EQ(Int(recorder, "triggerIndex"), 42);
-  EXPECT_EQ(Int(recorder, "timeLow"), -2);
-  EXPECT_EQ(Short(recorder, "forceOver"), -1);
-  EXPECT_EQ(Short(recorder, "mainCam"), 1);
-  EXPECT_EQ(Long(recorder, "hostTimeStamp"), static_cast<jlong>(0x8000000000000123ull));
-  EXPECT_TRUE(env_->IsSameObject(Object(recorder, "firstRecord", "Ljava/lang/Object;"),
-                                 Object(recorder, "lastRecord", "Ljava/lang/Object;")));
+  jobject record = Record(recorder, "lastRecord");
+  EXPECT_TRUE(env_->IsSameObject(Record(recorder, "firstRecord"), record));
+  EXPECT_EQ(Int(record, "nTriggerIndex"), 42);
+  EXPECT_EQ(Int(record, "nTriggerTimeLow"), -2);
+  EXPECT_EQ(Short(record, "nIsForceOver"), -1);
+  EXPECT_EQ(Short(record, "nIsMainCam"), 1);
+  EXPECT_EQ(Long(record, "nHostTimeStamp"), static_cast<jlong>(0x8000000000000123ull));
 }
 
 TEST_F(NotifyTest, DestroyReleasesEveryContextButTheTriggers) {
-  jobject exceptions = Recorder("ExceptionRecorder");
-  jobject events = Recorder("EventRecorder");
-  jobject triggers = Recorder("TriggerRecorder");
-  jobject images = Recorder("ImageRecorder");
-  for (const auto& [method, callback] : {std::pair{"QUORIN_RegisterExceptionCallBack", exceptions},
-                                         {"QUORIN_RegisterAllEventCallBack", events},
-                                         {"QUORIN_RegisterTriggerCallBack", triggers},
-                                         {"QUORIN_RegisterImageCallBackEx2", images}}) {
+  const std::vector<std::tuple<const char*, const char*, const char*>> kinds = {
+      {kOnException, "ExceptionRecorder", "lExceptionCallParam"},
+      {kOnEvent, "EventRecorder", "lAllEventCallParam"},
+      {kOnImage, "ImageRecorder", "lImageCallParam"},
+      {kOnTrigger, "TriggerRecorder", "lTriggerCallParam"}};
+  std::vector<jobject> weak;
+  for (const auto& [method, recorder, field] : kinds) {
+    jobject callback = Recorder(recorder);
     ASSERT_EQ(Register(method, handle_, callback), 0) << method;
+    weak.push_back(Weakly(callback));
   }
   const jlong triggerContext = Long(handle_, "lTriggerCallParam");
   ASSERT_NE(triggerContext, 0);
-  jobject weakExceptions = Weakly(exceptions);
-  jobject weakEvents = Weakly(events);
-  jobject weakTriggers = Weakly(triggers);
-  jobject weakImages = Weakly(images);
-
-  ASSERT_EQ(CallInt("QUORIN_CloseDevice", ("(" + kHandleSig + ")I").c_str(), handle_), 0);
-  ASSERT_EQ(CallInt("QUORIN_DestroyHandle", ("(" + kHandleSig + ")I").c_str(), handle_), 0);
-  EXPECT_EQ(Long(handle_, "lExceptionCallParam"), 0);
-  EXPECT_EQ(Long(handle_, "lAllEventCallParam"), 0);
-  EXPECT_EQ(Long(handle_, "lImageCallParam"), 0);
-  EXPECT_EQ(Long(handle_, "lTriggerCallParam"), triggerContext);  // outlives the handle, by design
-  EXPECT_FALSE(Survives(weakExceptions));
-  EXPECT_FALSE(Survives(weakEvents));
-  EXPECT_FALSE(Survives(weakImages));
-  EXPECT_TRUE(Survives(weakTriggers));
+  ASSERT_EQ(OnHandle("QUORIN_CloseDevice", handle_), 0);
+  ASSERT_EQ(OnHandle("QUORIN_DestroyHandle", handle_), 0);
+  // The trigger context and its callback outlive the handle, by design.
+  for (size_t i = 0; i < kinds.size(); ++i) {
+    const bool trigger = i + 1 == kinds.size();
+    EXPECT_EQ(Long(handle_, std::get<2>(kinds[i])), trigger ? triggerContext : 0) << std::get<2>(kinds[i]);
+    EXPECT_EQ(Survives(weak[i]), trigger) << std::get<1>(kinds[i]);
+  }
 }
 
 // A registration the SDK refuses changes nothing: the standing callback keeps its deliveries, and
 // a refused first registration keeps nothing of the callback alive.
 TEST_F(NotifyTest, RefusedRegistrationLeavesTheStandingOneInPlace) {
   jobject first = Recorder("ExceptionRecorder");
-  ASSERT_EQ(Register("QUORIN_RegisterExceptionCallBack", handle_, first), 0);
-  qsim::ScriptStatus("QUORIN_RegisterExceptionCallBack", qsim::kBusy);
-  EXPECT_EQ(Register("QUORIN_RegisterExceptionCallBack", handle_, Recorder("ExceptionRecorder")),
+  ASSERT_EQ(Register(kOnException, handle_, first), 0);
+  qsim::ScriptStatus(kOnException, qsim::kBusy);
+  EXPECT_EQ(Register(kOnException, handle_, Recorder("ExceptionRecorder")),
             static_cast<jint>(qsim::kBusy));
   ASSERT_TRUE(qsim::FireException(sdk_, 7));
   EXPECT_EQ(Int(first, "calls"), 1);
   EXPECT_EQ(Int(first, "lastMsgType"), 7);
 
   jobject other = OpenReader(1);
-  qsim::ScriptStatus("QUORIN_RegisterAllEventCallBack", qsim::kBusy);
+  qsim::ScriptStatus(kOnEvent, qsim::kBusy);
   jobject refused = Recorder("EventRecorder");
-  EXPECT_EQ(Register("QUORIN_RegisterAllEventCallBack", other, refused), static_cast<jint>(qsim::kBusy));
+  EXPECT_EQ(Register(kOnEvent, other, refused), static_cast<jint>(qsim::kBusy));
   EXPECT_NE(Long(other, "lAllEventCallParam"), 0);  // the record stays with the Handle
   EXPECT_FALSE(Survives(Weakly(refused)));
 }
@@ -220,21 +191,23 @@ TEST_F(NotifyTest, RefusedRegistrationLeavesTheStandingOneInPlace) {
 // the Handle that owns the context keeps its deliveries.
 TEST_F(NotifyTest, ContextWordsJavaForgedAreNeverUsed) {
   jobject owner = Recorder("ExceptionRecorder");
-  ASSERT_EQ(Register("QUORIN_RegisterExceptionCallBack", handle_, owner), 0);
+  ASSERT_EQ(Register(kOnException, handle_, owner), 0);
   const jlong context = Long(handle_, "lExceptionCallParam");
   jobject other = OpenReader(1);
   SetLong(other, "lExceptionCallParam", context);
   SetLong(other, "lAllEventCallParam", 0x5A5A5A5A);
+  SetLong(other, "lTriggerCallParam", 0x5A5A);
   SetLong(handle_, "lImageCallParam", context);
   qsim::ClearCalls();
-  EXPECT_EQ(Register("QUORIN_RegisterExceptionCallBack", other, Recorder("ExceptionRecorder")), kBadArgument);
-  EXPECT_EQ(Register("QUORIN_RegisterAllEventCallBack", other, Recorder("EventRecorder")), kBadArgument);
-  EXPECT_EQ(Register("QUORIN_RegisterImageCallBackEx2", handle_, Recorder("ImageRecorder")), kBadArgument);
+  EXPECT_EQ(Register(kOnException, other, Recorder("ExceptionRecorder")), kBadArgument);
+  EXPECT_EQ(Register(kOnEvent, other, Recorder("EventRecorder")), kBadArgument);
+  EXPECT_EQ(Register(kOnImage, handle_, Recorder("ImageRecorder")), kBadArgument);
   EXPECT_TRUE(qsim::Calls().empty());
 
-  ASSERT_EQ(CallInt("QUORIN_DestroyHandle", ("(" + kHandleSig + ")I").c_str(), other), 0);
+  ASSERT_EQ(OnHandle("QUORIN_DestroyHandle", other), 0);
   EXPECT_EQ(Long(other, "lExceptionCallParam"), context);  // left as Java wrote it
   EXPECT_EQ(Long(other, "lAllEventCallParam"), 0x5A5A5A5A);
+  EXPECT_EQ(Long(other, "lTriggerCallParam"), 0x5A5A);
   ASSERT_TRUE(qsim::FireException(sdk_, 9));
   EXPECT_EQ(Int(owner, "calls"), 1);
   EXPECT_EQ(Int(owner, "lastMsgType"), 9);
@@ -246,9 +219,8 @@ TEST_F(NotifyTest, ContextWordsJavaForgedAreNeverUsed) {
 TEST_F(NotifyTest, DeliveriesOnAnAttachedThreadLeaveNothingBehind) {
   jobject images = Recorder("ImageRecorder");
   jobject thrower = Recorder("ThrowingCallback");
-  ASSERT_EQ(CallInt("QUORIN_RegisterImageCallBackEx2", ("(" + kHandleSig + "Ljava/lang/Object;)I").c_str(), handle_,
-                    images), 0);
-  ASSERT_EQ(Register("QUORIN_RegisterExceptionCallBack", handle_, thrower), 0);
+  ASSERT_EQ(Register(kOnImage, handle_, images), 0);
+  ASSERT_EQ(Register(kOnException, handle_, thrower), 0);
   SetInt(handle_, "PayloadSize", 64);
   void* library = dlopen(QUORIN_BRIDGE_LIBRARY, RTLD_NOW | RTLD_NOLOAD);
   ASSERT_NE(library, nullptr);

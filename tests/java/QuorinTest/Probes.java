@@ -24,11 +24,9 @@ public final class Probes {
         return runtime.totalMemory() - runtime.freeMemory();
     }
 
-    /** Whether the object is still reachable after full collections. */
-    public static boolean survivesCollection(WeakReference<Object> ref) {
-        for (int i = 0; i < 3; i++) {
-            System.gc();
-        }
-        return ref.get() != null;
+    /** The referent once garbage is collected, null when it was unreachable. */
+    public static Object afterCollection(WeakReference<Object> ref) {
+        usedHeapAfterCollection();
+        return ref.get();
     }
 }
