@@ -15,9 +15,6 @@ constexpr int kMeasuredDeliveries = 3000;
 
 class StressTest : public JvmTest {
  protected:
-  jint Status(const char* method, jobject handle) {
-    return CallInt(method, ("(" + kHandleSig + ")I").c_str(), handle);
-  }
   int Deliveries() {
     int total = 0;
     for (jobject recorder : recorders_) {
@@ -28,11 +25,13 @@ class StressTest : public JvmTest {
     }
     return total;
   }
-  bool WaitForDeliveries(int count) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(3);
-    while (Deliveries() < count) {
+  // Polls until `done` or the deadline; whether it got there.
+  template <typename Done>
+  static bool Eventually(Done done, std::chrono::seconds limit) {
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    while (!done()) {
       if (std::chrono::steady_clock::now() > deadline) return false;
-      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     return true;
   }
@@ -46,24 +45,20 @@ class StressTest : public JvmTest {
     return count;
   }
   static bool WaitForThreads(jvmtiEnv* jvmti, jint count) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    while (ThreadCount(jvmti) > count) {
-      if (std::chrono::steady_clock::now() > deadline) return false;
-      std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return true;
+    return Eventually([&] { return ThreadCount(jvmti) <= count; }, std::chrono::seconds(20));
   }
   std::vector<jobject> recorders_;
 };
 
 TEST_F(StressTest, ThousandsOfCallbackFramesFromSeveralReaders) {
   std::vector<jobject> handles;
+  std::vector<void*> sdk;
   for (int reader : {0, 1, 2}) {
     jobject handle = OpenReader(reader);
-    void* sdk = SdkHandle(handle);
-    qsim::SetIntNode(sdk, "Width", 64, 64, 2448, 8);
-    qsim::SetIntNode(sdk, "Height", 64, 64, 2048, 8);
-    qsim::SetFloatNode(sdk, "AcquisitionFrameRate", 200.0f, 1.0f, 200.0f);
+    sdk.push_back(SdkHandle(handle));
+    qsim::SetIntNode(sdk.back(), "Width", 64, 64, 2448, 8);
+    qsim::SetIntNode(sdk.back(), "Height", 64, 64, 2048, 8);
+    qsim::SetFloatNode(sdk.back(), "AcquisitionFrameRate", 200.0f, 1.0f, 200.0f);
     jobject recorder = New("QuorinTest/ImageRecorder");
     const jint channels = reader == 1 ? 4 : 1;
     for (jint channel = 0; channel < channels; ++channel) {
@@ -75,9 +70,10 @@ TEST_F(StressTest, ThousandsOfCallbackFramesFromSeveralReaders) {
   }
   // Memory is measured with every reader stopped, so that no delivery is under way.
   auto grab = [&](int deliveries) {
-    for (jobject handle : handles) EXPECT_EQ(Status("QUORIN_StartGrabbing", handle), 0);
-    const bool reached = WaitForDeliveries(Deliveries() + deliveries);
-    for (jobject handle : handles) EXPECT_EQ(Status("QUORIN_StopGrabbing", handle), 0);
+    for (jobject handle : handles) EXPECT_EQ(OnHandle("QUORIN_StartGrabbing", handle), 0);
+    const int target = Deliveries() + deliveries;
+    const bool reached = Eventually([&] { return Deliveries() >= target; }, std::chrono::minutes(3));
+    for (jobject handle : handles) EXPECT_EQ(OnHandle("QUORIN_StopGrabbing", handle), 0);
     return reached;
   };
   jvmtiEnv* jvmti = FootprintJvmti(env_);
@@ -93,11 +89,17 @@ TEST_F(StressTest, ThousandsOfCallbackFramesFromSeveralReaders) {
   ASSERT_TRUE(WaitForThreads(jvmti, vmThreads)) << ThreadCount(jvmti) << " threads, " << vmThreads << " before";
   const Footprint after = MeasureFootprint(env_, jvmti);
   const int measured = Deliveries() - deliveredBefore;
+  // Every frame the SDK delivered in the measured run reached Java.
+  unsigned long long sdkDeliveries = 0;
+  for (void* reader : sdk) {
+    for (unsigned int channel = 0; channel < 4; ++channel) sdkDeliveries += qsim::CallbackDeliveries(reader, channel);
+  }
+  EXPECT_EQ(sdkDeliveries, static_cast<unsigned long long>(measured));
   jvmti->DisposeEnvironment();
 
   for (jobject handle : handles) {
-    EXPECT_EQ(Status("QUORIN_CloseDevice", handle), 0);
-    EXPECT_EQ(Status("QUORIN_DestroyHandle", handle), 0);
+    EXPECT_EQ(OnHandle("QUORIN_CloseDevice", handle), 0);
+    EXPECT_EQ(OnHandle("QUORIN_DestroyHandle", handle), 0);
   }
   // Every reader delivered; the shared frame object was filled by all of them at once, which is
   // why the frames' contents are not checked here.

@@ -13,16 +13,10 @@ public class ImageRecorder {
     public Object lastInfo;
     public int lastFrameNum;
     public int lastFrameLen;
-    public int lastChannel;
     public byte[] lastBytes;
     public int codeCount;
     public String firstCode;
     public int firstCode1DQuality;
-    public int outOfOrder;
-    public long threadId;
-    public int torn;
-    private final int[] nextFrameNum = new int[16];
-    private final boolean[] seen = new boolean[16];
 
     public synchronized int OnImageCallBack(byte[] data, QUORIN_IMAGE_OUT_INFO_EX2 info) {
         try {
@@ -30,7 +24,6 @@ public class ImageRecorder {
         } catch (RuntimeException e) {
             // Readers delivering at the same time fill the one shared frame object together;
             // a list emptied under this reader's feet is that, not a fault of the delivery.
-            torn++;
         }
         return 0;
     }
@@ -45,20 +38,12 @@ public class ImageRecorder {
         lastInfo = info;
         lastFrameNum = info.nFrameNum;
         lastFrameLen = info.nFrameLen;
-        lastChannel = info.nChannelID;
         lastBytes = Arrays.copyOf(data, Math.min(info.nFrameLen, data.length));
         codeCount = info.pstCodeListEx.stBcrInfoEx.size();
         // Checked rather than caught: readers delivering at once may empty the shared list.
         QUORIN_BCR_INFO_EX first = codeCount > 0 ? info.pstCodeListEx.stBcrInfoEx.get(0) : null;
         firstCode = first != null ? first.chCode : null;
         firstCode1DQuality = first != null ? first.n1DIsGetQuality : -1;
-        int channel = info.nChannelID & 15;
-        if (seen[channel] && info.nFrameNum != nextFrameNum[channel]) {
-            outOfOrder++;
-        }
-        seen[channel] = true;
-        nextFrameNum[channel] = info.nFrameNum + 1;
-        threadId = Thread.currentThread().getId();
     }
 
     public synchronized int calls() {
