@@ -86,18 +86,10 @@ class BadInputTest : public JvmTest {
   std::vector<Case> Table();
 
   jobject Device(int reader) { return ListGet(CallObject("QUORIN_EnumIDDevices", "()Ljava/util/ArrayList;"), reader); }
-  jobject Constant(const char* enumClass, const char* name) {
-    const std::string className = Define(enumClass);
-    jclass cls = env_->FindClass(className.c_str());
-    return env_->GetStaticObjectField(cls, env_->GetStaticFieldID(cls, name, ("L" + className + ";").c_str()));
-  }
   jobject Nested(jobject owner, const char* field, const char* nested) {
     return Object(owner, field, "L" + Define(nested) + ";");
   }
   jobject ThrowingList() { return New("QuorinTest/ThrowingList"); }
-  void SetObject(jobject obj, const char* field, const std::string& sig, jobject value) {
-    env_->SetObjectField(obj, env_->GetFieldID(env_->GetObjectClass(obj), field, sig.c_str()), value);
-  }
   // A list field holding one object of the wrong class, as a raw-typed Java caller can make it.
   void MistypedEntry(jobject owner, const char* field) {
     jobject list = Object(owner, field, "Ljava/util/ArrayList;");
@@ -152,8 +144,7 @@ class BadInputTest : public JvmTest {
       else if (type == kStringType) arg.l = Str(c.texts.at(text++));
       else if (type == "[B") arg.l = env_->NewByteArray(c.bytes);
       else if (type == kCallbackType) arg.l = New(c.callback);
-      else if (type == kIntegerType) arg.l = env_->NewObject(env_->FindClass("java/lang/Integer"),
-                                                            env_->GetMethodID(env_->FindClass("java/lang/Integer"), "<init>", "(I)V"), 0);
+      else if (type == kIntegerType) arg.l = NewInteger(0);
       else if (type == "L" + Define("QUORIN_DEVICE_INFO") + ";") arg.l = Device(c.reader);
       else if (type[0] == 'L') arg.l = New(type.substr(1, type.size() - 2));
       else if (type == "I") arg.i = static_cast<jint>(c.numbers.at(number++));
@@ -183,19 +174,16 @@ class BadInputTest : public JvmTest {
         add(i, "surrogate", [](BadInputTest& t, jvalue& v) { v.l = t.UnpairedSurrogate(); });
         add(i, "format", [](BadInputTest& t, jvalue& v) { v.l = t.Str("%s%n%s%n"); });
       } else if (type == "[B") {
-        for (const jsize length : {0, 1, c.bytes - 1}) {
-          const std::string what = length == c.bytes - 1 ? "short" : "len" + std::to_string(length);
-          mutations.emplace_back(std::to_string(i) + ":" + what,
-                                 [i, length](BadInputTest& t, Args& args) { args[i].l = t.env_->NewByteArray(length); });
+        for (const auto& [what, length] : {std::pair{"len0", 0}, {"len1", 1}, {"short", c.bytes - 1}}) {
+          add(i, what, [length = length](BadInputTest& t, jvalue& v) { v.l = t.env_->NewByteArray(length); });
         }
       } else if (type == "I" || type == "J") {
-        add(i, "min", [type](BadInputTest&, jvalue& v) {
-          type == "I" ? void(v.i = std::numeric_limits<jint>::min()) : void(v.j = std::numeric_limits<jlong>::min());
-        });
-        add(i, "-1", [type](BadInputTest&, jvalue& v) { type == "I" ? void(v.i = -1) : void(v.j = -1); });
-        add(i, "max", [type](BadInputTest&, jvalue& v) {
-          type == "I" ? void(v.i = std::numeric_limits<jint>::max()) : void(v.j = std::numeric_limits<jlong>::max());
-        });
+        const bool wide = type == "J";
+        using Limits = std::numeric_limits<jlong>;
+        for (const auto& [what, value] : {std::pair{"min", wide ? Limits::min() : std::numeric_limits<jint>::min()},
+                                          {"-1", jlong{-1}}, {"max", wide ? Limits::max() : std::numeric_limits<jint>::max()}}) {
+          add(i, what, [wide, value = value](BadInputTest&, jvalue& v) { wide ? void(v.j = value) : void(v.i = static_cast<jint>(value)); });
+        }
       } else if (type == "F") {
         add(i, "-inf", [](BadInputTest&, jvalue& v) { v.f = -INFINITY; });
         add(i, "nan", [](BadInputTest&, jvalue& v) { v.f = NAN; });
@@ -236,16 +224,9 @@ class BadInputTest : public JvmTest {
     jthrowable thrown = env_->ExceptionOccurred();
     if (thrown == nullptr) return result;
     env_->ExceptionClear();
-    std::string name = TakeClassName(thrown);
-    if (name == "ParameterException") name += " " + Hex(Int(thrown, "errCode"));
-    return name + "|" + result;
-  }
-  std::string TakeClassName(jthrowable thrown) {
-    jclass cls = env_->GetObjectClass(thrown);
-    jobject name = env_->CallObjectMethod(cls, env_->GetMethodID(env_->FindClass("java/lang/Class"), "getSimpleName",
-                                                                  "()Ljava/lang/String;"));
-    Checked();
-    return Utf8(static_cast<jstring>(name));
+    std::string simple = Text(env_->GetObjectClass(thrown), "java/lang/Class", "getSimpleName");
+    if (simple == "ParameterException") simple += " " + Hex(Int(thrown, "errCode"));
+    return simple + "|" + result;
   }
 };
 

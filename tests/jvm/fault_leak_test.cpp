@@ -91,15 +91,6 @@ class FaultLeakTest : public JvmTest {
     return matches;
   }
 
-  // Whether QuorinCtrl declares the method: a wrong signature would otherwise crash the loop.
-  bool Declared(const char* method, const std::string& sig) {
-    jclass ctrl = env_->FindClass("QuorinCtrlWrapper/QuorinCtrl");
-    const bool found = env_->GetStaticMethodID(ctrl, method, sig.c_str()) != nullptr;
-    env_->ExceptionClear();
-    env_->DeleteLocalRef(ctrl);
-    return found;
-  }
-
   std::vector<Failure> Failures(jobject handle, jobject deviceInfo);
 
   jvmtiEnv* jvmti_ = nullptr;
@@ -111,89 +102,82 @@ constexpr const char* kSerial = "QN2405C0117";
 std::vector<Failure> FaultLeakTest::Failures(jobject handle, jobject deviceInfo) {
   const std::string h = "(" + kHandleSig;
   const std::string ex2 = "L" + Define("QUORIN_IMAGE_OUT_INFO_EX2") + ";";
+  const std::string hKey = h + "Ljava/lang/String;";
   auto value = [](const char* record) { return "L" + Define(record) + ";)I"; };
   // Every argument object is made once, here, so that the loops make no references of their own.
   jbyteArray image = env_->NewByteArray(64);
   jstring key = Str(kKey);
   jstring text = Str("Continuous");
   jobject frame = NewDefine("QUORIN_IMAGE_OUT_INFO_EX2");
-  jobject legacyFrame = NewDefine("QUORIN_FRAME_OUT_INFO");
-  jobject intValue = NewDefine("QUORIN_INT_VALUE");
-  jobject enumValue = NewDefine("QUORIN_ENUM_VALUE");
-  jobject floatValue = NewDefine("QUORIN_FLOAT_VALUE");
-  jobject boolValue = NewDefine("QUORIN_BOOL_VALUE");
-  jobject stringValue = NewDefine("QUORIN_STRING_VALUE");
-  jobject algorithmValue = NewDefine("QUORIN_ALGORITHM_INT_VALUE");
-  jobject accessMode = NewDefine("QUORIN_XML_NODE_ACCESSMODE");
   jobject saveParam = NewDefine("QUORIN_SAVE_IMAGE_PARAM");
-  jobject length = env_->NewObject(env_->FindClass("java/lang/Integer"),
-                                   env_->GetMethodID(env_->FindClass("java/lang/Integer"), "<init>", "(I)V"), 0);
   jobject callback = New("QuorinTest/ImageRecorder");
-  jstring serial = Str(kSerial);
   // The frame fetches need a known frame size, waybills a pixel type and the save its pixels.
   SetInt(handle, "PayloadSize", 64);
-  const std::string pixelSig = "L" + Define("QuorinGvspPixelType") + ";";
-  jclass pixelType = env_->FindClass(Define("QuorinGvspPixelType").c_str());
-  jobject mono8 = env_->GetStaticObjectField(pixelType, env_->GetStaticFieldID(pixelType, "PixelType_Gvsp_Mono8",
-                                                                                 pixelSig.c_str()));
-  env_->SetObjectField(frame, env_->GetFieldID(env_->GetObjectClass(frame), "enPixelType", pixelSig.c_str()), mono8);
-  env_->SetObjectField(saveParam, env_->GetFieldID(env_->GetObjectClass(saveParam), "pData", "[B"), image);
+  SetObject(frame, "enPixelType", "L" + Define("QuorinGvspPixelType") + ";",
+            Constant("QuorinGvspPixelType", "PixelType_Gvsp_Mono8"));
+  SetObject(saveParam, "pData", "[B", image);
   SetInt(saveParam, "nDataLen", 64);
 
-  auto status = [this, handle](const char* method, std::string sig, auto... args) {
-    EXPECT_TRUE(Declared(method, sig)) << method << sig;
-    return [this, handle, method, sig, args...](jint scripted) {
-      return CallInt(method, sig.c_str(), handle, args...) == scripted;
-    };
+  auto status = [this, handle](const char* method, unsigned int scripted, std::string sig, auto... args) {
+    return Failure{method, scripted, [this, handle, method, sig, args...](jint failure) {
+                     return CallInt(method, sig.c_str(), handle, args...) == failure;
+                   }};
   };
-  auto nullList = [this](const char* method) {
-    return [this, method](jint) { return CallObject(method, "()Ljava/util/ArrayList;") == nullptr; };
+  auto nullList = [this](const char* method, unsigned int scripted) {
+    return Failure{method, scripted, [this, method](jint) { return CallObject(method, "()Ljava/util/ArrayList;") == nullptr; }};
   };
-  auto thrown = [this](const char* method, std::string sig, jobject arg) {
-    EXPECT_TRUE(Declared(method, sig)) << method << sig;
-    return [this, method, sig, arg](jint scripted) {
-      return CallObject(method, sig.c_str(), arg) == nullptr && ThrewParameterException(scripted);
-    };
+  auto thrown = [this](const char* method, unsigned int scripted, std::string sig, jobject arg) {
+    return Failure{method, scripted, [this, method, sig, arg](jint failure) {
+                     return CallObject(method, sig.c_str(), arg) == nullptr && ThrewParameterException(failure);
+                   }};
+  };
+  auto pinned = [](Failure failure, const char* text) {
+    failure.pinned = text;
+    return failure;
   };
   using namespace qsim;
   return {
       // Frames and lists.
-      {"QUORIN_GetOneFrameTimeoutEx2", kNoData, status("QUORIN_GetOneFrameTimeoutEx2", h + "[B" + ex2 + "I)I", image, frame, 1)},
-      {"QUORIN_MSC_GetOneFrameTimeout", kNoData, status("QUORIN_MSC_GetOneFrameTimeout", h + "[B" + ex2 + "II)I", image, frame, 2, 1)},
-      {"QUORIN_GetOneFrameTimeout", kNoData, status("QUORIN_GetOneFrameTimeout", h + "[BL" + Define("QUORIN_FRAME_OUT_INFO") + ";I)I", image, legacyFrame, 1)},
-      {"QUORIN_GetWayBillInfoEx", kResource, status("QUORIN_GetWayBillInfoEx", h + "[B" + ex2 + ")I", image, frame)},
-      {"QUORIN_SaveImage", kUnsupportedFormat, status("QUORIN_SaveImage", h + value("QUORIN_SAVE_IMAGE_PARAM"), saveParam)},
-      {"QUORIN_GetDeviceInfo", kDeviceGone, status("QUORIN_GetDeviceInfo", h + value("QUORIN_DEVICE_INFO"), deviceInfo)},
-      {"QUORIN_EnumDevices", kResource, nullList("QUORIN_EnumDevices")},
-      {"QUORIN_EnumIDDevices", kResource, nullList("QUORIN_EnumIDDevices")},
-      {"QUORIN_EnumCodeReader", kResource, nullList("QUORIN_EnumCodeReader")},
-      {"QUORIN_DiscoveryUpgDevice", kResource, nullList("QUORIN_DiscoveryUpgDevice")},
-      {"QUORIN_CreateHandle", kAccessDenied, thrown("QUORIN_CreateHandle", "(" + kDeviceInfoSig + ")" + kHandleSig, deviceInfo)},
-      {"QUORIN_CreateHandleBySerialNumber", kNoSuchDevice, thrown("QUORIN_CreateHandleBySerialNumber", "(Ljava/lang/String;)" + kHandleSig, serial), kSerial},
+      status("QUORIN_GetOneFrameTimeoutEx2", kNoData, h + "[B" + ex2 + "I)I", image, frame, 1),
+      status("QUORIN_MSC_GetOneFrameTimeout", kNoData, h + "[B" + ex2 + "II)I", image, frame, 2, 1),
+      status("QUORIN_GetOneFrameTimeout", kNoData, h + "[B" + "L" + Define("QUORIN_FRAME_OUT_INFO") + ";I)I", image,
+             NewDefine("QUORIN_FRAME_OUT_INFO"), 1),
+      status("QUORIN_GetWayBillInfoEx", kResource, h + "[B" + ex2 + ")I", image, frame),
+      status("QUORIN_SaveImage", kUnsupportedFormat, h + value("QUORIN_SAVE_IMAGE_PARAM"), saveParam),
+      status("QUORIN_GetDeviceInfo", kDeviceGone, h + value("QUORIN_DEVICE_INFO"), deviceInfo),
+      nullList("QUORIN_EnumDevices", kResource),
+      nullList("QUORIN_EnumIDDevices", kResource),
+      nullList("QUORIN_EnumCodeReader", kResource),
+      nullList("QUORIN_DiscoveryUpgDevice", kResource),
+      thrown("QUORIN_CreateHandle", kAccessDenied, "(" + kDeviceInfoSig + ")" + kHandleSig, deviceInfo),
+      pinned(thrown("QUORIN_CreateHandleBySerialNumber", kNoSuchDevice, "(Ljava/lang/String;)" + kHandleSig, Str(kSerial)),
+             kSerial),
       // Parameters.
-      {"QUORIN_SetIntValue", kOutOfRange, status("QUORIN_SetIntValue", h + "Ljava/lang/String;J)I", key, jlong{7})},
-      {"QUORIN_GetIntValue", kNotReadable, status("QUORIN_GetIntValue", h + "Ljava/lang/String;" + value("QUORIN_INT_VALUE"), key, intValue)},
-      {"QUORIN_SetEnumValue", kOutOfRange, status("QUORIN_SetEnumValue", h + "Ljava/lang/String;I)I", key, 3)},
-      {"QUORIN_SetEnumValueByString", kOutOfRange, status("QUORIN_SetEnumValueByString", h + "Ljava/lang/String;Ljava/lang/String;)I", key, text)},
-      {"QUORIN_GetEnumValue", kWrongNodeType, status("QUORIN_GetEnumValue", h + "Ljava/lang/String;" + value("QUORIN_ENUM_VALUE"), key, enumValue)},
-      {"QUORIN_SetFloatValue", kNotWritable, status("QUORIN_SetFloatValue", h + "Ljava/lang/String;F)I", key, 2.5)},
-      {"QUORIN_GetFloatValue", kWrongNodeType, status("QUORIN_GetFloatValue", h + "Ljava/lang/String;" + value("QUORIN_FLOAT_VALUE"), key, floatValue)},
-      {"QUORIN_SetBoolValue", kNotWritable, status("QUORIN_SetBoolValue", h + "Ljava/lang/String;Z)I", key, JNI_TRUE)},
-      {"QUORIN_GetBoolValue", kWrongNodeType, status("QUORIN_GetBoolValue", h + "Ljava/lang/String;" + value("QUORIN_BOOL_VALUE"), key, boolValue)},
-      {"QUORIN_SetStringValue", kNotWritable, status("QUORIN_SetStringValue", h + "Ljava/lang/String;Ljava/lang/String;)I", key, text)},
-      {"QUORIN_GetStringValue", kNotReadable, status("QUORIN_GetStringValue", h + "Ljava/lang/String;" + value("QUORIN_STRING_VALUE"), key, stringValue)},
-      {"QUORIN_SetCommandValue", kUnknownNode, status("QUORIN_SetCommandValue", h + "Ljava/lang/String;)I", key)},
-      {"QUORIN_Algorithm_SetIntValue", kOutOfRange, status("QUORIN_Algorithm_SetIntValue", h + "Ljava/lang/String;I)I", key, 9)},
-      {"QUORIN_Algorithm_GetIntValue", kUnknownNode, status("QUORIN_Algorithm_GetIntValue", h + "Ljava/lang/String;" + value("QUORIN_ALGORITHM_INT_VALUE"), key, algorithmValue)},
-      {"QUORIN_XML_GetNodeAccessMode", kUnknownNode, status("QUORIN_XML_GetNodeAccessMode", h + "Ljava/lang/String;" + value("QUORIN_XML_NODE_ACCESSMODE"), key, accessMode), kKey},
-      {"QUORIN_XML_GetGenICamXML", qsim::kBufferTooSmall, status("QUORIN_XML_GetGenICamXML", h + "[BLjava/lang/Integer;)I", image, length)},
-      {"QUORIN_SetFrameNodeNum", kBadParameter, status("QUORIN_SetFrameNodeNum", h + "I)I", 4)},
+      status("QUORIN_SetIntValue", kOutOfRange, hKey + "J)I", key, jlong{7}),
+      status("QUORIN_GetIntValue", kNotReadable, hKey + value("QUORIN_INT_VALUE"), key, NewDefine("QUORIN_INT_VALUE")),
+      status("QUORIN_SetEnumValue", kOutOfRange, hKey + "I)I", key, 3),
+      status("QUORIN_SetEnumValueByString", kOutOfRange, hKey + "Ljava/lang/String;)I", key, text),
+      status("QUORIN_GetEnumValue", kWrongNodeType, hKey + value("QUORIN_ENUM_VALUE"), key, NewDefine("QUORIN_ENUM_VALUE")),
+      status("QUORIN_SetFloatValue", kNotWritable, hKey + "F)I", key, 2.5),
+      status("QUORIN_GetFloatValue", kWrongNodeType, hKey + value("QUORIN_FLOAT_VALUE"), key, NewDefine("QUORIN_FLOAT_VALUE")),
+      status("QUORIN_SetBoolValue", kNotWritable, hKey + "Z)I", key, JNI_TRUE),
+      status("QUORIN_GetBoolValue", kWrongNodeType, hKey + value("QUORIN_BOOL_VALUE"), key, NewDefine("QUORIN_BOOL_VALUE")),
+      status("QUORIN_SetStringValue", kNotWritable, hKey + "Ljava/lang/String;)I", key, text),
+      status("QUORIN_GetStringValue", kNotReadable, hKey + value("QUORIN_STRING_VALUE"), key, NewDefine("QUORIN_STRING_VALUE")),
+      status("QUORIN_SetCommandValue", kUnknownNode, hKey + ")I", key),
+      status("QUORIN_Algorithm_SetIntValue", kOutOfRange, hKey + "I)I", key, 9),
+      status("QUORIN_Algorithm_GetIntValue", kUnknownNode, hKey + value("QUORIN_ALGORITHM_INT_VALUE"), key,
+             NewDefine("QUORIN_ALGORITHM_INT_VALUE")),
+      pinned(status("QUORIN_XML_GetNodeAccessMode", kUnknownNode, hKey + value("QUORIN_XML_NODE_ACCESSMODE"), key,
+                    NewDefine("QUORIN_XML_NODE_ACCESSMODE")), kKey),
+      status("QUORIN_XML_GetGenICamXML", qsim::kBufferTooSmall, h + "[BLjava/lang/Integer;)I", image, NewInteger(0)),
+      status("QUORIN_SetFrameNodeNum", kBadParameter, h + "I)I", 4),
       // Registrations on a Handle that has none standing.
-      {"QUORIN_RegisterExceptionCallBack", kBusy, status("QUORIN_RegisterExceptionCallBack", h + "Ljava/lang/Object;)I", callback)},
-      {"QUORIN_RegisterAllEventCallBack", kBusy, status("QUORIN_RegisterAllEventCallBack", h + "Ljava/lang/Object;)I", callback)},
-      {"QUORIN_RegisterTriggerCallBack", kBusy, status("QUORIN_RegisterTriggerCallBack", h + "Ljava/lang/Object;)I", callback)},
-      {"QUORIN_RegisterImageCallBackEx2", kBusy, status("QUORIN_RegisterImageCallBackEx2", h + "Ljava/lang/Object;)I", callback)},
-      {"QUORIN_MSC_RegisterImageCallBack", kBusy, status("QUORIN_MSC_RegisterImageCallBack", h + "ILjava/lang/Object;)I", 1, callback)},
+      status("QUORIN_RegisterExceptionCallBack", kBusy, h + "Ljava/lang/Object;)I", callback),
+      status("QUORIN_RegisterAllEventCallBack", kBusy, h + "Ljava/lang/Object;)I", callback),
+      status("QUORIN_RegisterTriggerCallBack", kBusy, h + "Ljava/lang/Object;)I", callback),
+      status("QUORIN_RegisterImageCallBackEx2", kBusy, h + "Ljava/lang/Object;)I", callback),
+      status("QUORIN_MSC_RegisterImageCallBack", kBusy, h + "ILjava/lang/Object;)I", 1, callback),
   };
 }
 
