@@ -44,13 +44,6 @@ TEST_F(RuntimeTest, GbkTextsBecomeJavaStrings) {
   EXPECT_EQ(Utf8(DeviceTextToJava(env_, longText.c_str())), longText);
 }
 
-TEST_F(RuntimeTest, DiagnosticsGoToStandardOutputAsTheyAre) {
-  testing::internal::CaptureStdout();
-  QN_RunInfo("JNI test %s nRet[%#x]\r\n", "QUORIN_EnumDevices", 0x80060005u);
-  QN_RunInfo("no line end");
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "JNI test QUORIN_EnumDevices nRet[0x80060005]\r\nno line end");
-}
-
 TEST(RuntimeDeathTest, DiagnosticTooLongForItsBufferEndsTheProcess) {
   const std::string huge(9000, 'x');
   EXPECT_DEATH(QN_RunInfo("%s", huge.c_str()), "exceeds 8192 bytes");
