@@ -55,7 +55,7 @@ JNIEXPORT jint JNICALL Java_QuorinCtrlWrapper_QuorinCtrl_QUORIN_1DestroyHandle(J
   RETURN_IF_NULL(handle, kStatusNullHandle);
   void* sdkHandle = SdkHandleOf(env, handle);
   // The callback records go first; Java has stopped grabbing and closed the device by now.
-  ReleaseCallbackContexts(env, handle);
+  ReleaseCallbackContexts(env, handle, sdkHandle);
   // hHandle keeps its old value: using the object again is the caller's error.
   return QUORIN_DestroyHandle(sdkHandle);
 }

@@ -82,7 +82,8 @@ void WriteHeldMembers(JNIEnv* env, const JavaObject& owner, FieldId field, Class
                       const Member (&table)[N], bool ownerDirect) {
   const JavaObject target(env, ownerDirect ? ObjectFromWord(owner.GetDirect(field)) : owner.GetObject(field), cls);
   if (!target) return;
-  WriteMembers(target, record, table, N, ownerDirect ? target.DirectAfterCheck(table[0].field) : target.Direct(table[0].field));
+  const FieldId first = table[0].field;
+  WriteMembers(target, record, table, N, ownerDirect ? target.DirectAfterCheck(first) : target.Direct(first));
 }
 // Reads `count` rows of a table from the Java object into the record, in order.
 inline void ReadMembers(const JavaObject& source, void* record, const Member* table, size_t count) {

@@ -92,23 +92,24 @@ struct ContextWord {
 };
 
 template <typename Context>
-ContextWord<Context> ContextOf(JNIEnv* env, jobject handle, jmap::FieldId field) {
+ContextWord<Context> ContextOf(JNIEnv* env, jobject handle, jmap::FieldId field, const void* sdkHandle) {
   const auto word = static_cast<uintptr_t>(jmap::Get(env, handle, field));
   if (word == 0) return {};
   auto* context = reinterpret_cast<Context*>(word);
-  if (!IsContextOf(context, field, SdkHandleOf(env, handle))) return {nullptr, true};
+  if (!IsContextOf(context, field, sdkHandle)) return {nullptr, true};
   return {context, false};
 }
 
 // The Handle's context of this kind, made and recorded in `field` on first registration; null
-// when the field holds a word the bridge did not make.
+// when the field holds a word the bridge did not make, or could not be read.
 template <typename Context>
-Context* ContextFor(JNIEnv* env, jobject handle, jmap::FieldId field) {
-  const ContextWord<Context> found = ContextOf<Context>(env, handle, field);
+Context* ContextFor(JNIEnv* env, jobject handle, jmap::FieldId field, const void* sdkHandle) {
+  const ContextWord<Context> found = ContextOf<Context>(env, handle, field, sdkHandle);
+  RETURN_IF_PENDING(env, nullptr);
   if (found.forged) return nullptr;
   if (found.context != nullptr) return found.context;
   auto* context = new Context{};
-  RememberContext(context, field, SdkHandleOf(env, handle));
+  RememberContext(context, field, sdkHandle);
   jmap::Set(env, handle, field, PointerWord(context));
   return context;
 }
@@ -157,8 +158,8 @@ jint RegisterCallback(JNIEnv* env, jobject handle, jobject callback, jmap::Field
   RETURN_IF_NULL(handle, kStatusNullHandle);
   void* sdkHandle = SdkHandleOf(env, handle);
   if (callback == nullptr) return sdkRegister(sdkHandle, nullptr);
-  Context* context = ContextFor<Context>(env, handle, field);
-  if (context == nullptr) return kStatusBadArgument;  // a context word Java made up: never written through
+  Context* context = ContextFor<Context>(env, handle, field, sdkHandle);
+  if (context == nullptr) return kStatusBadArgument;  // a context word Java made up is never written through
   const Context standing = *context;
   WriteRegistration(env, context, handle, callback);
   prepare(*context);
@@ -173,5 +174,6 @@ jint RegisterCallback(JNIEnv* env, jobject handle, jobject callback, jmap::Field
 // every delivery so that subclasses and anonymous classes work.
 jmethodID CallbackMethod(JNIEnv* env, jobject callback, const jmap::JavaMethod& method);
 
-// Frees the exception, event and image contexts of a Handle and zeroes their fields.
-void ReleaseCallbackContexts(JNIEnv* env, jobject handle);
+// Frees the exception, event and image contexts the bridge made for this Handle and its SDK
+// handle, and zeroes their fields.
+void ReleaseCallbackContexts(JNIEnv* env, jobject handle, const void* sdkHandle);

@@ -15,8 +15,8 @@ std::unordered_map<const void*, ContextOwner> g_contexts;
 
 // A word the bridge did not make is left as Java wrote it.
 template <typename Context, typename Release>
-void ReleaseContext(JNIEnv* env, jobject handle, jmap::FieldId field, Release release) {
-  Context* context = ContextOf<Context>(env, handle, field).context;
+void ReleaseContext(JNIEnv* env, jobject handle, const void* sdkHandle, jmap::FieldId field, Release release) {
+  Context* context = ContextOf<Context>(env, handle, field, sdkHandle).context;
   if (context == nullptr) return;
   ForgetContext(context);
   release(*context);
@@ -51,19 +51,19 @@ jmethodID CallbackMethod(JNIEnv* env, jobject callback, const jmap::JavaMethod& 
   return found;
 }
 
-void ReleaseCallbackContexts(JNIEnv* env, jobject handle) {
-  ReleaseContext<CallbackContext>(env, handle, F::Handle_lExceptionCallParam, [env](CallbackContext& c) {
+void ReleaseCallbackContexts(JNIEnv* env, jobject handle, const void* sdk) {
+  ReleaseContext<CallbackContext>(env, handle, sdk, F::Handle_lExceptionCallParam, [env](CallbackContext& c) {
     c.handleRef.Delete(env);
     c.callbackRef.Delete(env);
   });
-  ReleaseContext<RecordCallbackContext>(env, handle, F::Handle_lAllEventCallParam, [env](RecordCallbackContext& c) {
+  ReleaseContext<RecordCallbackContext>(env, handle, sdk, F::Handle_lAllEventCallParam, [env](RecordCallbackContext& c) {
     c.handleRef.Delete(env);
     c.callbackRef.Delete(env);
     c.recordRef.Delete(env);
     // Intended: the release of an event context leaves its record class referenced.
     c.recordClassRef.KeepForProcess();
   });
-  ReleaseContext<ImageCallbackContext>(env, handle, F::Handle_lImageCallParam, [env](ImageCallbackContext& c) {
+  ReleaseContext<ImageCallbackContext>(env, handle, sdk, F::Handle_lImageCallParam, [env](ImageCallbackContext& c) {
     c.bcrInfoClassRef.Delete(env);
     c.imageTypeClassRef.Delete(env);
     c.pixelTypeClassRef.Delete(env);
