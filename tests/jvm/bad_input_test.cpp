@@ -52,7 +52,6 @@ std::vector<std::string> Parameters(const std::string& descriptor) {
   return types;
 }
 
-const std::string kHandleType = "LQuorinCtrlWrapper/QuorinCtrlDefine$Handle;";
 const std::string kStringType = "Ljava/lang/String;";
 const std::string kCallbackType = "Ljava/lang/Object;";
 const std::string kIntegerType = "Ljava/lang/Integer;";
@@ -100,13 +99,13 @@ class BadInputTest : public JvmTest {
 
   // A Handle in `state` on `reader`, or the upgrade handle.
   jobject HandleIn(State state, int reader) {
-    if (state == State::kUpgrade) return CallObject("QUORIN_CreateHandleForUpgradeAndEncryption", ("()" + kHandleType).c_str());
+    if (state == State::kUpgrade) return CallObject("QUORIN_CreateHandleForUpgradeAndEncryption", ("()" + kHandleSig).c_str());
     jobject handle = OpenReader(reader, state != State::kCreated);
     if (state == State::kGrabbing) {
       // Small frames keep the arrays of every mutation cheap.
       qsim::SetIntNode(SdkHandle(handle), "Width", 64, 64, 64, 1);
       qsim::SetIntNode(SdkHandle(handle), "Height", 48, 48, 48, 1);
-      EXPECT_EQ(CallInt("QUORIN_StartGrabbing", ("(" + kHandleType + ")I").c_str(), handle), 0);
+      EXPECT_EQ(OnHandle("QUORIN_StartGrabbing", handle), 0);
     }
     return handle;
   }
@@ -116,8 +115,7 @@ class BadInputTest : public JvmTest {
     const bool upgrade = c.state == State::kUpgrade;
     jobject handle = HandleIn(upgrade ? State::kUpgrade : State::kCreated, c.reader);
     SetInt(handle, "PayloadSize", c.bytes);
-    CallInt(upgrade ? "QUORIN_DestroyHandleForUpgradeAndEncryption" : "QUORIN_DestroyHandle",
-            ("(" + kHandleType + ")I").c_str(), handle);
+    OnHandle(upgrade ? "QUORIN_DestroyHandleForUpgradeAndEncryption" : "QUORIN_DestroyHandle", handle);
     return handle;
   }
   // A Handle object Java made itself: its SDK handles point nowhere, yet it claims a frame size.
@@ -140,7 +138,7 @@ class BadInputTest : public JvmTest {
     for (size_t i = 0; i < types.size(); ++i) {
       const std::string& type = types[i];
       jvalue& arg = args[i];
-      if (type == kHandleType) arg.l = HandleIn(c.state, c.reader);
+      if (type == kHandleSig) arg.l = HandleIn(c.state, c.reader);
       else if (type == kStringType) arg.l = Str(c.texts.at(text++));
       else if (type == "[B") arg.l = env_->NewByteArray(c.bytes);
       else if (type == kCallbackType) arg.l = New(c.callback);
@@ -165,7 +163,7 @@ class BadInputTest : public JvmTest {
     for (size_t i = 0; i < types.size(); ++i) {
       const std::string& type = types[i];
       if (type[0] == 'L' || type[0] == '[') add(i, "null", [](BadInputTest&, jvalue& v) { v.l = nullptr; });
-      if (type == kHandleType) {
+      if (type == kHandleSig) {
         add(i, "never-created", [&c](BadInputTest& t, jvalue& v) { v.l = t.NeverCreatedHandle(c); });
         add(i, "destroyed", [&c](BadInputTest& t, jvalue& v) { v.l = t.DestroyedHandle(c); });
       } else if (type == kStringType) {
@@ -202,7 +200,7 @@ class BadInputTest : public JvmTest {
     const size_t colon = label.find(':');
     const std::string& type = types.at(std::stoul(label.substr(0, colon)));
     const std::string what = label.substr(colon + 1);
-    if (what == "null") return type == kHandleType ? kNull : type == kCallbackType ? "0" : kBad;
+    if (what == "null") return type == kHandleSig ? kNull : type == kCallbackType ? "0" : kBad;
     if (what == "never-created" || what == "destroyed") return kInvalidHandle;
     if (type == kStringType) return c.badText;
     return "(no answer given)";
@@ -235,7 +233,7 @@ class BadInputTest : public JvmTest {
 std::vector<Case> BadInputTest::Table() {
   // A frame as the waybill reader delivered it, for handing back.
   const Edit heldFrame = [](BadInputTest& t, Args& a) {
-    const std::string fetch = "(" + kHandleType + "[BL" + Define("QUORIN_IMAGE_OUT_INFO_EX2") + ";I)I";
+    const std::string fetch = "(" + kHandleSig + "[BL" + Define("QUORIN_IMAGE_OUT_INFO_EX2") + ";I)I";
     EXPECT_EQ(t.CallInt("QUORIN_GetOneFrameTimeoutEx2", fetch.c_str(), a[0].l, a[1].l, a[2].l, 1000), 0);
   };
   const Edit savable = [](BadInputTest& t, Args& a) {
@@ -469,7 +467,7 @@ TEST_F(BadInputTest, EveryNativeAnswersHostileArgumentsAsDocumented) {
 // The exact limits of the device texts a handle is created from: the text and its terminator
 // must fit the array. 15 bytes reach the SDK; 16 end the process.
 TEST_F(BadInputTest, SerialNumberLimitIsFifteenBytesBesideItsTerminator) {
-  const std::string sig = "(L" + Define("QUORIN_DEVICE_INFO") + ";)" + kHandleType;
+  const std::string sig = "(L" + Define("QUORIN_DEVICE_INFO") + ";)" + kHandleSig;
   jobject device = Device(0);
   jobject gige = Object(device, "stGigEInfo", kGigESig);
   const std::string noSuchDevice = Hex(static_cast<jint>(qsim::kNoSuchDevice));

@@ -1,11 +1,7 @@
 // Thousands of scripted SDK failures through every fetch, parameter call and registration:
 // a failing call may leave no Java object, no JNI reference and no native memory behind.
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <functional>
 #include <string>
 #include <vector>
@@ -57,11 +53,7 @@ class FaultLeakTest : public JvmTest {
   int Run(const Failure& row, int count) {
     qsim::ScriptStatus(row.function, row.status);
     qsim::ClearCalls();
-    // The failing enumerations print a diagnostic line each; thousands of them go nowhere.
-    std::fflush(stdout);
-    const int savedStdout = dup(STDOUT_FILENO);
-    const int devNull = open("/dev/null", O_WRONLY);
-    dup2(devNull, STDOUT_FILENO);
+    testing::internal::CaptureStdout();  // the failing enumerations print a line each
     int wrong = 0;
     size_t reached = 0;
     for (int done = 0; done < count; done += kBatch) {
@@ -69,10 +61,7 @@ class FaultLeakTest : public JvmTest {
       reached += qsim::CallsTo(row.function).size();
       qsim::ClearCalls();
     }
-    std::fflush(stdout);
-    dup2(savedStdout, STDOUT_FILENO);
-    close(savedStdout);
-    close(devNull);
+    testing::internal::GetCapturedStdout();
     qsim::ScriptStatus(row.function, 0);
     EXPECT_EQ(reached, static_cast<size_t>(count)) << row.function;
     return wrong;
@@ -198,7 +187,6 @@ TEST_F(FaultLeakTest, ThousandsOfFailingCallsLeaveNothingBehind) {
     EXPECT_EQ(Run(row, count), 0) << row.function;
     const Footprint after = MeasureFootprint(env_, jvmti_);
     const long cHeap = after.cHeap - before.cHeap;
-    std::printf("%-34s Java heap %+6ld B, C heap %+7ld B\n", row.function, after.heap - before.heap, cHeap);
     EXPECT_EQ(after.globalRefs, before.globalRefs) << row.function;
     EXPECT_EQ(after.localRefs, before.localRefs) << row.function;
     EXPECT_LT(after.heap - before.heap, count * kJavaSlackPerCall) << row.function;
@@ -215,8 +203,8 @@ TEST_F(FaultLeakTest, ThousandsOfFailingCallsLeaveNothingBehind) {
 #ifndef QUORIN_TEST_ASAN  // the sanitizer's quarantine holds freed memory resident
   EXPECT_LT(before.resident - start.resident, kResidentSlack);
 #endif
-  EXPECT_EQ(CallInt("QUORIN_CloseDevice", ("(" + kHandleSig + ")I").c_str(), handle), 0);
-  EXPECT_EQ(CallInt("QUORIN_DestroyHandle", ("(" + kHandleSig + ")I").c_str(), handle), 0);
+  EXPECT_EQ(OnHandle("QUORIN_CloseDevice", handle), 0);
+  EXPECT_EQ(OnHandle("QUORIN_DestroyHandle", handle), 0);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Handle creation and destruction, and the upgrade handle.
+// Handle creation, and the upgrade handle.
 #include <cstring>
 
 #include "QuorinSim.h"
@@ -69,20 +69,6 @@ TEST_F(HandleTest, CreationHandsBackTheEnumeratedRecord) {
   EXPECT_EQ(OnHandle("QUORIN_OpenDevice", bySerial), 0);
 }
 
-TEST_F(HandleTest, DestroyCallsTheSdkEachTimeWithTheOldHandle) {
-  jobject handle = Create(Device(0));
-  void* sdkHandle = SdkHandle(handle);
-  qsim::ClearCalls();
-  EXPECT_EQ(OnHandle("QUORIN_DestroyHandle", handle), 0);
-  EXPECT_EQ(OnHandle("QUORIN_DestroyHandle", handle), static_cast<jint>(qsim::kInvalidHandle));
-  const std::vector<qsim::Call> calls = qsim::Calls();
-  ASSERT_EQ(calls.size(), 2u);
-  for (const qsim::Call& call : calls) {
-    EXPECT_EQ(call.function, "QUORIN_DestroyHandle");
-    EXPECT_EQ(call.handle, sdkHandle);
-  }
-}
-
 TEST_F(HandleTest, UpgradeHandleLivesInUpHandleOnly) {
   jobject upgrade = CallObject("QUORIN_CreateHandleForUpgradeAndEncryption", kCreateUpgrade.c_str());
   ASSERT_NE(upgrade, nullptr);
@@ -90,9 +76,6 @@ TEST_F(HandleTest, UpgradeHandleLivesInUpHandleOnly) {
   // Used as a device handle it passes a null SDK handle, and the SDK says so.
   EXPECT_EQ(OnHandle("QUORIN_OpenDevice", upgrade), static_cast<jint>(qsim::kInvalidHandle));
   EXPECT_EQ(qsim::CallsTo("QUORIN_OpenDevice").at(0).handle, nullptr);
-  EXPECT_EQ(OnHandle("QUORIN_DestroyHandleForUpgradeAndEncryption", upgrade), 0);
-  EXPECT_EQ(qsim::CallsTo("QUORIN_DestroyHandleForUpgradeAndEncryption").at(0).handle, SdkHandle(upgrade, "upHandle"));
-  EXPECT_NE(SdkHandle(upgrade, "upHandle"), nullptr);
 
   // Failure is silent: null, no exception, nothing printed.
   qsim::ScriptStatus("QUORIN_CreateHandleForUpgradeAndEncryption", qsim::kResource);
