@@ -21,12 +21,6 @@ class NotifyTest : public JvmTest {
   }
   jobject Recorder(const char* name) { return New(std::string("QuorinTest/") + name); }
   jobject Record(jobject recorder, const char* which) { return Object(recorder, which, "Ljava/lang/Object;"); }
-  jobject Probe(const char* method, const char* sig, jobject arg) {
-    jclass probes = env_->FindClass("QuorinTest/Probes");
-    jobject result = env_->CallStaticObjectMethod(probes, env_->GetStaticMethodID(probes, method, sig), arg);
-    Checked();
-    return result;
-  }
   jlong ThisThreadId() {
     jclass probes = env_->FindClass("QuorinTest/Probes");
     const jlong id = env_->CallStaticLongMethod(probes, env_->GetStaticMethodID(probes, "currentThreadId", "()J"));
@@ -34,14 +28,19 @@ class NotifyTest : public JvmTest {
     return id;
   }
   // A weak reference to `target`; the caller's own local reference to it is dropped.
-  jobject Weakly(jobject target) {
-    jobject ref = Probe("weakly", "(Ljava/lang/Object;)Ljava/lang/ref/WeakReference;", target);
+  jweak Weakly(jobject target) {
+    jweak weak = env_->NewWeakGlobalRef(target);
     env_->DeleteLocalRef(target);
-    return ref;
+    return weak;
   }
-  // Whether the target is still reachable after full collections.
-  bool Survives(jobject weak) {
-    return Probe("afterCollection", "(Ljava/lang/ref/WeakReference;)Ljava/lang/Object;", weak) != nullptr;
+  // Whether the target is still reachable after full collections; the weak reference is spent.
+  bool Survives(jweak weak) {
+    jclass probes = env_->FindClass("QuorinTest/Probes");
+    env_->CallStaticLongMethod(probes, env_->GetStaticMethodID(probes, "usedHeapAfterCollection", "()J"));
+    Checked();
+    const bool alive = !env_->IsSameObject(weak, nullptr);
+    env_->DeleteWeakGlobalRef(weak);
+    return alive;
   }
   jobject handle_ = nullptr;
   void* sdk_ = nullptr;
@@ -149,7 +148,7 @@ TEST_F(NotifyTest, DestroyReleasesEveryContextButTheTriggers) {
       {kOnEvent, "EventRecorder", "lAllEventCallParam"},
       {kOnImage, "ImageRecorder", "lImageCallParam"},
       {kOnTrigger, "TriggerRecorder", "lTriggerCallParam"}};
-  std::vector<jobject> weak;
+  std::vector<jweak> weak;
   for (const auto& [method, recorder, field] : kinds) {
     jobject callback = Recorder(recorder);
     ASSERT_EQ(Register(method, handle_, callback), 0) << method;

@@ -1,7 +1,5 @@
 package QuorinTest;
 
-import java.lang.ref.WeakReference;
-
 /** Small helpers the native tests use to ask the VM questions. */
 public final class Probes {
     private Probes() {
@@ -11,10 +9,6 @@ public final class Probes {
         return Thread.currentThread().getId();
     }
 
-    public static WeakReference<Object> weakly(Object target) {
-        return new WeakReference<>(target);
-    }
-
     /** Bytes of Java heap in use once garbage is collected. */
     public static long usedHeapAfterCollection() {
         Runtime runtime = Runtime.getRuntime();
@@ -22,11 +16,5 @@ public final class Probes {
             System.gc();
         }
         return runtime.totalMemory() - runtime.freeMemory();
-    }
-
-    /** The referent once garbage is collected, null when it was unreachable. */
-    public static Object afterCollection(WeakReference<Object> ref) {
-        usedHeapAfterCollection();
-        return ref.get();
     }
 }
