@@ -143,7 +143,7 @@ class BadInputTest : public JvmTest {
       else if (type == "[B") arg.l = env_->NewByteArray(c.bytes);
       else if (type == kCallbackType) arg.l = New(c.callback);
       else if (type == kIntegerType) arg.l = NewInteger(0);
-      else if (type == "L" + Define("QUORIN_DEVICE_INFO") + ";") arg.l = Device(c.reader);
+      else if (type == kDeviceInfoSig) arg.l = Device(c.reader);
       else if (type[0] == 'L') arg.l = New(type.substr(1, type.size() - 2));
       else if (type == "I") arg.i = static_cast<jint>(c.numbers.at(number++));
       else if (type == "J") arg.j = static_cast<jlong>(c.numbers.at(number++));
@@ -236,14 +236,16 @@ std::vector<Case> BadInputTest::Table() {
     const std::string fetch = "(" + kHandleSig + "[BL" + Define("QUORIN_IMAGE_OUT_INFO_EX2") + ";I)I";
     EXPECT_EQ(t.CallInt("QUORIN_GetOneFrameTimeoutEx2", fetch.c_str(), a[0].l, a[1].l, a[2].l, 1000), 0);
   };
-  const Edit savable = [](BadInputTest& t, Args& a) {
+  const std::string pixelSig = "L" + Define("QuorinGvspPixelType") + ";";
+  const std::string imageSig = "L" + Define("QUORIN_IMAGE_TYPE") + ";";
+  const std::string codesSig = "L" + Define("QUORIN_RESULT_BCR_EX") + ";";
+  const Edit savable = [pixelSig, imageSig](BadInputTest& t, Args& a) {
     t.SetObject(a[1].l, "pData", "[B", t.env_->NewByteArray(64 * 48));
     t.SetInt(a[1].l, "nDataLen", 64 * 48);
     t.SetShort(a[1].l, "nWidth", 64);
     t.SetShort(a[1].l, "nHeight", 48);
-    t.SetObject(a[1].l, "enPixelType", "L" + Define("QuorinGvspPixelType") + ";",
-                t.Constant("QuorinGvspPixelType", "PixelType_Gvsp_Mono8"));
-    t.SetObject(a[1].l, "enImageType", "L" + Define("QUORIN_IMAGE_TYPE") + ";", t.Constant("QUORIN_IMAGE_TYPE", "QUORIN_Image_Bmp"));
+    t.SetObject(a[1].l, "enPixelType", pixelSig, t.Constant("QuorinGvspPixelType", "PixelType_Gvsp_Mono8"));
+    t.SetObject(a[1].l, "enImageType", imageSig, t.Constant("QUORIN_IMAGE_TYPE", "QUORIN_Image_Bmp"));
   };
   const Edit fileNames = [](BadInputTest& t, Args& a) {
     t.SetString(a[1].l, "pUserFileName", "/tmp/quorin-bad-input-userset.txt");
@@ -255,9 +257,6 @@ std::vector<Case> BadInputTest::Table() {
   auto frameArg = [](size_t index, std::function<void(BadInputTest&, jobject)> edit) {
     return [index, edit](BadInputTest& t, Args& a) { edit(t, a[index].l); };
   };
-  const std::string pixelSig = "L" + Define("QuorinGvspPixelType") + ";";
-  const std::string imageSig = "L" + Define("QUORIN_IMAGE_TYPE") + ";";
-  const std::string codesSig = "L" + Define("QUORIN_RESULT_BCR_EX") + ";";
   // A native that returns with an exception pending is seen by Java as throwing: its status never arrives.
   const std::string throwing = "IllegalStateException|0";
   const std::string missingField = "NoSuchFieldError|0";
@@ -277,15 +276,15 @@ std::vector<Case> BadInputTest::Table() {
       {"QUORIN_CreateHandleForUpgradeAndEncryption", State::kNone, 0, {}, {}, 0, nullptr, "object"},
       {"QUORIN_IsDeviceAccessible", State::kNone, 0, {}, {1}, 0, nullptr, "true", "",
        {{"0:null", "false"}, {"1:min", "true"}, {"1:-1", "true"}, {"1:max", "true"}}, nullptr,
-       {{"gige=null", nulled(0, "stGigEInfo", "L" + Define("QUORIN_GIGE_DEVICE_INFO") + ";"), "true"}}},
+       {{"gige=null", nulled(0, "stGigEInfo", kGigESig), "true"}}},
       {"QUORIN_CreateHandle", State::kNone, 0, {}, {}, 0, nullptr, "object", "",
        {{"0:null", "ParameterException " + kBad + "|null"}}, nullptr,
-       {{"gige=null", nulled(0, "stGigEInfo", "L" + Define("QUORIN_GIGE_DEVICE_INFO") + ";"), "object"}}},
+       {{"gige=null", nulled(0, "stGigEInfo", kGigESig), "object"}}},
       {"QUORIN_CreateHandleBySerialNumber", State::kNone, 0, {"QN2405C0117"}, {}, 0, nullptr, "object",
        "ParameterException " + Hex(static_cast<jint>(qsim::kNoSuchDevice)) + "|null",
        {{"0:null", "ParameterException " + kBad + "|null"}, {"0:empty", "ParameterException " + kSdkBadParameter + "|null"}}},
       {"QUORIN_GetDeviceInfo", State::kOpen, 0, {}, {}, 0, nullptr, "0", "", {}, nullptr,
-       {{"gige=null", nulled(1, "stGigEInfo", "L" + Define("QUORIN_GIGE_DEVICE_INFO") + ";"), "0"}}},
+       {{"gige=null", nulled(1, "stGigEInfo", kGigESig), "0"}}},
       {"QUORIN_DestroyHandle", State::kOpen},
       {"QUORIN_OpenDevice", State::kCreated},
       {"QUORIN_CloseDevice", State::kOpen},
@@ -467,7 +466,7 @@ TEST_F(BadInputTest, EveryNativeAnswersHostileArgumentsAsDocumented) {
 // The exact limits of the device texts a handle is created from: the text and its terminator
 // must fit the array. 15 bytes reach the SDK; 16 end the process.
 TEST_F(BadInputTest, SerialNumberLimitIsFifteenBytesBesideItsTerminator) {
-  const std::string sig = "(L" + Define("QUORIN_DEVICE_INFO") + ";)" + kHandleSig;
+  const std::string sig = "(" + kDeviceInfoSig + ")" + kHandleSig;
   jobject device = Device(0);
   jobject gige = Object(device, "stGigEInfo", kGigESig);
   const std::string noSuchDevice = Hex(static_cast<jint>(qsim::kNoSuchDevice));

@@ -21,12 +21,13 @@ class NotifyTest : public JvmTest {
   }
   jobject Recorder(const char* name) { return New(std::string("QuorinTest/") + name); }
   jobject Record(jobject recorder, const char* which) { return Object(recorder, which, "Ljava/lang/Object;"); }
-  jlong ThisThreadId() {
+  jlong Probe(const char* method) {
     jclass probes = env_->FindClass("QuorinTest/Probes");
-    const jlong id = env_->CallStaticLongMethod(probes, env_->GetStaticMethodID(probes, "currentThreadId", "()J"));
+    const jlong result = env_->CallStaticLongMethod(probes, env_->GetStaticMethodID(probes, method, "()J"));
     Checked();
-    return id;
+    return result;
   }
+  jlong ThisThreadId() { return Probe("currentThreadId"); }
   // A weak reference to `target`; the caller's own local reference to it is dropped.
   jweak Weakly(jobject target) {
     jweak weak = env_->NewWeakGlobalRef(target);
@@ -35,9 +36,7 @@ class NotifyTest : public JvmTest {
   }
   // Whether the target is still reachable after full collections; the weak reference is spent.
   bool Survives(jweak weak) {
-    jclass probes = env_->FindClass("QuorinTest/Probes");
-    env_->CallStaticLongMethod(probes, env_->GetStaticMethodID(probes, "usedHeapAfterCollection", "()J"));
-    Checked();
+    Probe("usedHeapAfterCollection");
     const bool alive = !env_->IsSameObject(weak, nullptr);
     env_->DeleteWeakGlobalRef(weak);
     return alive;
