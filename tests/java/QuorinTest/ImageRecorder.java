@@ -2,7 +2,6 @@ package QuorinTest;
 
 import QuorinCtrlWrapper.QuorinCtrlDefine.QUORIN_BCR_INFO_EX;
 import QuorinCtrlWrapper.QuorinCtrlDefine.QUORIN_IMAGE_OUT_INFO_EX2;
-import java.util.Arrays;
 
 /** Records image deliveries, copying what it keeps as a callback must. */
 public class ImageRecorder {
@@ -13,7 +12,6 @@ public class ImageRecorder {
     public Object lastInfo;
     public int lastFrameNum;
     public int lastFrameLen;
-    public byte[] lastBytes;
     public int codeCount;
     public String firstCode;
     public int firstCode1DQuality;
@@ -38,7 +36,6 @@ public class ImageRecorder {
         lastInfo = info;
         lastFrameNum = info.nFrameNum;
         lastFrameLen = info.nFrameLen;
-        lastBytes = Arrays.copyOf(data, Math.min(info.nFrameLen, data.length));
         codeCount = info.pstCodeListEx.stBcrInfoEx.size();
         // Checked rather than caught: readers delivering at once may empty the shared list.
         QUORIN_BCR_INFO_EX first = codeCount > 0 ? info.pstCodeListEx.stBcrInfoEx.get(0) : null;
