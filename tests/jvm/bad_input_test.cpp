@@ -193,6 +193,7 @@ class BadInputTest : public JvmTest {
 
   // The answer the generic rules give, or the case's own.
   Outcome Expected(const Case& c, const std::vector<std::string>& types, const std::string& label) {
+    if (label == "usable") return c.ok;
     if (c.answers.count(label)) return c.answers.at(label);
     for (const auto& [faultLabel, edit, answer] : c.faults) {
       if (faultLabel == label) return answer;
@@ -427,11 +428,9 @@ TEST_F(BadInputTest, EveryNativeAnswersHostileArgumentsAsDocumented) {
     ASSERT_TRUE(descriptors.count(c.name)) << c.name << " is not a native of QuorinCtrl";
     const std::string& descriptor = descriptors[c.name];
     const std::vector<std::string> types = Parameters(descriptor);
-    qsim::Reset();
-    ASSERT_EQ(env_->PushLocalFrame(512), 0);
-    EXPECT_EQ(Invoke(c, descriptor, UsableArgs(c, types)), c.ok) << c.name << " usable call";
-    env_->PopLocalFrame(nullptr);
-    for (const auto& [label, edit] : Mutations(c, types)) {
+    std::vector<std::pair<std::string, Edit>> variants = Mutations(c, types);
+    variants.insert(variants.begin(), {"usable", [](BadInputTest&, Args&) {}});
+    for (const auto& [label, edit] : variants) {
       qsim::Reset();
       ASSERT_EQ(env_->PushLocalFrame(512), 0);
       Args args = UsableArgs(c, types);
@@ -469,7 +468,6 @@ TEST_F(BadInputTest, SerialNumberLimitIsFifteenBytesBesideItsTerminator) {
   const std::string sig = "(" + kDeviceInfoSig + ")" + kHandleSig;
   jobject device = Device(0);
   jobject gige = Object(device, "stGigEInfo", kGigESig);
-  const std::string noSuchDevice = Hex(static_cast<jint>(qsim::kNoSuchDevice));
   for (const std::string& serial : {std::string(15, 'S'), std::string("分拣线一二")}) {  // 15 bytes each
     SetString(gige, "chSerialNumber", serial);
     EXPECT_EQ(CallObject("QUORIN_CreateHandle", sig.c_str(), device), nullptr);
