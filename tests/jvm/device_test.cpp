@@ -24,10 +24,8 @@ class DeviceTest : public JvmTest {
   // A default reader with its serial number and user-defined name replaced by raw bytes.
   static QUORIN_DEVICE_INFO ReaderWithTexts(const char* serial, const char* userName) {
     QUORIN_DEVICE_INFO reader = qsim::DefaultReaders()[1];
-    std::memset(reader.stGigEInfo.chSerialNumber, 0, sizeof reader.stGigEInfo.chSerialNumber);
-    std::memset(reader.stGigEInfo.chUserDefinedName, 0, sizeof reader.stGigEInfo.chUserDefinedName);
-    std::strcpy(reader.stGigEInfo.chSerialNumber, serial);
-    std::strcpy(reader.stGigEInfo.chUserDefinedName, userName);
+    std::strncpy(reader.stGigEInfo.chSerialNumber, serial, sizeof reader.stGigEInfo.chSerialNumber);  // zero-filled
+    std::strncpy(reader.stGigEInfo.chUserDefinedName, userName, sizeof reader.stGigEInfo.chUserDefinedName);
     return reader;
   }
 
@@ -91,12 +89,7 @@ TEST_F(DeviceTest, EnumDevicesReportsEveryReaderWithItsRawWordsAndTexts) {
   EXPECT_FALSE(env_->IsSameObject(Gige(first), Gige(last)));
 }
 
-TEST_F(DeviceTest, EachEnumerationListsWhatItsSdkFunctionFindsOrSaysWhyNot) {
-  EXPECT_EQ(ListSize(Enumerate("QUORIN_EnumIDDevices")), 4);
-  jobject readers = Enumerate("QUORIN_EnumCodeReader");
-  ASSERT_EQ(ListSize(readers), 3);
-  for (int i = 0; i < 3; ++i) EXPECT_TRUE(Bool(ListGet(readers, i), "bCodeReader"));
-
+TEST_F(DeviceTest, EachEnumerationListsNothingAsAnEmptyListAndAFailureAsNullWithItsStatus) {
   qsim::SetReaders({});
   for (const char* method : {"QUORIN_EnumDevices", "QUORIN_EnumIDDevices", "QUORIN_EnumCodeReader"}) {
     jobject none = Enumerate(method);

@@ -28,8 +28,6 @@ float Score(size_t i) { return 0.5f * static_cast<float>(i + 1); }
 
 class FrameTest : public JvmTest {
  protected:
-  jint Start(jobject handle) { return OnHandle("QUORIN_StartGrabbing", handle); }
-  jint Stop(jobject handle) { return OnHandle("QUORIN_StopGrabbing", handle); }
   jint Fetch(jobject handle, jbyteArray data, jobject info, jint timeout = 1000) {
     return CallInt("QUORIN_GetOneFrameTimeoutEx2", ("(" + kHandleSig + "[B" + kFrameSig + "I)I").c_str(), handle,
                    data, info, timeout);
@@ -70,30 +68,30 @@ class FrameTest : public JvmTest {
   }
 };
 
-TEST_F(FrameTest, GrabbingCachesThePayloadSizeEvenWhenRefused) {
+TEST_F(FrameTest, GrabbingCachesThePayloadSizeThatFetchesCheckBeforeTheSdk) {
   testing::internal::CaptureStdout();
-  EXPECT_EQ(Start(nullptr), kNullHandle);
-  EXPECT_EQ(Stop(nullptr), kNullHandle);
+  EXPECT_EQ(OnHandle("QUORIN_StartGrabbing", nullptr), kNullHandle);
+  EXPECT_EQ(OnHandle("QUORIN_StopGrabbing", nullptr), kNullHandle);
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "JNI QUORIN_StopGrabbing, handle is null");  // Start says nothing
 
   jobject handle = OpenReader(0);
   void* sdk = SdkHandle(handle);
   qsim::SetIntNode(sdk, "PayloadSize", 4096, 0, 1LL << 40, 1, qsim::Access::kReadOnly);
-  EXPECT_EQ(Start(handle), 0);
-  EXPECT_EQ(Stop(handle), 0);
+  EXPECT_EQ(OnHandle("QUORIN_StartGrabbing", handle), 0);
+  EXPECT_EQ(OnHandle("QUORIN_StopGrabbing", handle), 0);
   EXPECT_EQ(Int(handle, "PayloadSize"), 4096);  // stopping keeps it
   qsim::RemoveNode(sdk, "PayloadSize");
-  EXPECT_EQ(Start(handle), 0);
+  EXPECT_EQ(OnHandle("QUORIN_StartGrabbing", handle), 0);
   EXPECT_EQ(Int(handle, "PayloadSize"), 5013504);  // the maxima 2448 x 2048, not the current size
-  Stop(handle);
+  OnHandle("QUORIN_StopGrabbing", handle);
 
   qsim::SetIntNode(sdk, "PayloadSize", 3000000000LL, 0, 1LL << 40, 1, qsim::Access::kReadOnly);
   qsim::ScriptStatus("QUORIN_StartGrabbing", qsim::kResource);
-  EXPECT_EQ(Start(handle), static_cast<jint>(qsim::kResource));
+  EXPECT_EQ(OnHandle("QUORIN_StartGrabbing", handle), static_cast<jint>(qsim::kResource));
   EXPECT_EQ(Int(handle, "PayloadSize"), static_cast<jint>(3000000000u));  // low 32 bits, cached though refused
-}
+  qsim::ScriptStatus("QUORIN_StartGrabbing", 0);
 
-TEST_F(FrameTest, FetchChecksComeBeforeTheSdkAndTimeOutsTouchNothing) {
+  // Fetches check their arguments before the SDK, and a time-out touches nothing of the caller's.
   jobject frame = NewFrame();
   jobject idle = OpenReader(1);  // never started through the bridge: no frame size known
   testing::internal::CaptureStdout();
@@ -105,10 +103,10 @@ TEST_F(FrameTest, FetchChecksComeBeforeTheSdkAndTimeOutsTouchNothing) {
             "JNI GetOneFrameTimeoutEx2 datalegth PayloadSize is 0 \n"
             "JNI test PayloadSize is 0");
 
-  jobject handle = GrabbingPushedFrames(0, 4096);
+  jobject grabbing = GrabbingPushedFrames(2, 4096);
   SetInt(frame, "nFrameNum", 77);
   jbyteArray exact = ArrayOf(std::vector<unsigned char>(4096, 0x55));
-  EXPECT_EQ(Fetch(handle, exact, frame, 30), static_cast<jint>(qsim::kNoData));
+  EXPECT_EQ(Fetch(grabbing, exact, frame, 30), static_cast<jint>(qsim::kNoData));
   EXPECT_EQ(qsim::CallsTo("QUORIN_GetOneFrameTimeoutEx2").at(0).numbers, std::vector<unsigned long long>{30});
   EXPECT_EQ(Bytes(exact), std::vector<unsigned char>(4096, 0x55));
   EXPECT_EQ(Int(frame, "nFrameNum"), 77);
@@ -274,7 +272,7 @@ TEST_F(FrameTest, LegacyFetchChecksPrintTheirTextsAndProducedFramesArrive) {
   EXPECT_EQ(testing::internal::GetCapturedStdout(),
             "JNI QUORIN_GetOneFrameTimeout, param is errorJNI test PayloadSize is 0");
 
-  ASSERT_EQ(Start(reader), 0);
+  ASSERT_EQ(OnHandle("QUORIN_StartGrabbing", reader), 0);
   ASSERT_EQ(LegacyFetch(reader, env_->NewByteArray(Int(reader, "PayloadSize")), frame, 5000), 0);
   EXPECT_EQ(Short(frame, "nWidth"), 1280);
   EXPECT_EQ(Int(frame, "nFrameLen"), 1280 * 1024);
@@ -291,11 +289,14 @@ TEST_F(FrameTest, LegacyRecordConvertsCodesPointsAndWaybillImage) {
   auto record = std::make_unique<QUORIN_FRAME_OUT_INFO>();
   record->nWidth = 0xFFFF;
   record->enPixelType = 0x01080001;
-  record->nFrameNum = 31;
-  record->nChannelID = 2;
-  record->nImageCost = 9;
-  record->bFlaseTrigger = 1;
   record->enWaybillImageType = 3;  // PNG
+  using Legacy = QUORIN_FRAME_OUT_INFO;
+  const std::tuple<const char*, unsigned int Legacy::*, unsigned int> words[] = {
+      {"nTriggerIndex", &Legacy::nTriggerIndex, 4}, {"nFrameNum", &Legacy::nFrameNum, 31},
+      {"nFrameLen", &Legacy::nFrameLen, 8}, {"nTimeStampHigh", &Legacy::nTimeStampHigh, 0x80000002},
+      {"nTimeStampLow", &Legacy::nTimeStampLow, 6}, {"bFlaseTrigger", &Legacy::bFlaseTrigger, 1},
+      {"nFocusScore", &Legacy::nFocusScore, 700}, {"nChannelID", &Legacy::nChannelID, 2}, {"nImageCost", &Legacy::nImageCost, 9}};
+  for (const auto& [field, member, value] : words) record.get()->*member = value;
   record->nCodeNumber = 2;
   QUORIN_BcrInfo& code = record->stBcrInfo[0];
   code.nID = 7;
@@ -314,9 +315,7 @@ TEST_F(FrameTest, LegacyRecordConvertsCodesPointsAndWaybillImage) {
   EXPECT_EQ(Bytes(data), std::vector<unsigned char>(64, 1));  // no image pointer: the array is untouched
   EXPECT_EQ(Short(frame, "nWidth"), -1);
   EXPECT_EQ(EnumField(frame, "enPixelType", "QuorinGvspPixelType"), "PixelType_Gvsp_Mono8");
-  for (const auto& [field, value] : {std::pair{"nFrameNum", 31}, {"nChannelID", 2}, {"nImageCost", 9}, {"bFlaseTrigger", 1}}) {
-    EXPECT_EQ(Int(frame, field), value) << field;
-  }
+  for (const auto& [field, member, value] : words) EXPECT_EQ(Int(frame, field), static_cast<jint>(value)) << field;
   EXPECT_EQ(EnumField(frame, "enWaybillImageType", "QUORIN_IMAGE_TYPE"), "QUORIN_Image_Png");
   jobject waybill = Object(frame, "pImageWaybill", "[B");
   ASSERT_NE(waybill, nullptr);  // an empty array, not null
